@@ -1,0 +1,15 @@
+// Basic integer types shared by the whole library.
+#pragma once
+
+#include <cstdint>
+
+namespace Tern {
+
+using Int = std::int32_t;
+using UInt = std::uint32_t;
+using Int32 = std::int32_t;
+using UInt32 = std::uint32_t;
+using UInt16 = std::uint16_t;
+using Byte = std::uint8_t;
+
+}  // namespace Tern

@@ -1,0 +1,34 @@
+// The few platform services behind the portable code of this folder. Each
+// has one definition in a _Win file and one in its _Posix twin.
+#pragma once
+
+#include "TError.h"
+#include "TString.h"
+#include "TTypes.h"
+
+namespace Tern {
+namespace Platform {
+
+void DebugOutput(const char* text);
+bool IsDebuggerAttached();
+// Breaks into the debugger; without one the process ends.
+void HardBreak();
+// True while a quit message waits in this thread's queue (the program ends).
+bool IsQuitPending();
+
+enum AssertAnswer { aaAbort, aaRetry, aaIgnore };
+AssertAnswer AskAboutAssertion(const char* text, const char* caption);
+
+// Hands the assertion to whatever outer handler the program installed.
+void RaiseAssertionException();
+void ExitProcess(Int code);
+
+// The system's own message text for an error number (may be empty).
+CStr SystemErrorText(UInt32 number);
+
+#if !defined(_WIN32)
+void SetAssertionHandler(AssertionHandler handler);
+#endif
+
+}  // namespace Platform
+}  // namespace Tern

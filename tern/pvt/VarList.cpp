@@ -1,0 +1,147 @@
+#include "TError.h"
+#include "TStr.h"
+#include "TVarList.h"
+
+namespace Tern {
+
+CVarList::~CVarList() { Clear(); }
+
+CVarList& CVarList::Global() {
+  static CVarList global;
+  return global;
+}
+
+void CVarList::Clear() {
+  while (mHead) {
+    CVar* next = mHead->next;
+    delete mHead;
+    mHead = next;
+  }
+  mTail = nullptr;
+}
+
+CVarList::CVar* CVarList::FindVar(const char* name) const {
+  for (CVar* v = mHead; v; v = v->next)
+    if (v->name == name) return v;
+  return nullptr;
+}
+
+const CVarList::CVar* CVarList::Find(const char* name) const {
+  TERN_ASSERT(name);
+  return name ? FindVar(name) : nullptr;
+}
+
+Int CVarList::Count() const {
+  Int n = 0;
+  for (const CVar* v = mHead; v; v = v->next) ++n;
+  return n;
+}
+
+void CVarList::Set(const char* name, const char* value, bool readOnly) {
+  TERN_ASSERT(name);
+  TERN_ASSERT(value);
+  if (!name || !value) return;
+  if (name[0] == '%') {
+    ++name;
+    readOnly = true;
+  }
+  CVar* var = FindVar(name);
+  if (!var) {
+    var = new CVar{false, CStr(name), CStr(value), nullptr};
+    if (mTail)
+      mTail->next = var;
+    else
+      mHead = var;
+    mTail = var;
+  } else if (!var->readOnly) {
+    var->value = value;
+  } else {
+    TERN_FAIL("attempt to modify a read-only variable");
+  }
+  if (readOnly) var->readOnly = true;
+}
+
+void CVarList::Merge(const CVarList& other) {
+  for (const CVar* v = other.mHead; v; v = v->next)
+    Set(v->name.Chars(), v->value.Chars(), v->readOnly);
+}
+
+bool CVarList::Get(const char* name, CStr& value, bool* readOnly) const {
+  const CVar* var = Find(name);
+  if (!var) {
+    value.Clear();
+    return false;
+  }
+  value = var->value;
+  if (readOnly) *readOnly = var->readOnly;
+  return true;
+}
+
+bool CVarList::GetBool(const char* name, bool& value, bool* readOnly) const {
+  const CVar* var = Find(name);
+  if (!var) return false;
+  if (readOnly) *readOnly = var->readOnly;
+  const CStr& text = var->value;
+  if (text == "True" || text == "Yes" || text == "1")
+    value = true;
+  else if (text == "False" || text == "No" || text == "0")
+    value = false;
+  else
+    TERN_FAIL("bad Bool value");
+  return true;
+}
+
+bool CVarList::GetFlag(const char* name) const {
+  const CVar* var = Find(name);
+  if (!var) return false;
+  const CStr& value = var->value;
+  TERN_ASSERT(value == "0" || value == "1");
+  return value == "1";
+}
+
+void CVarList::AddSearchLocation(const char* rootKey, const char* subKey) {
+  mSearchLocations.push_back({CStr(rootKey), CStr(subKey)});
+}
+
+Int CVarList::ExpandPass(CStr& text, char open, char close) const {
+  Int count = 0;
+  for (const CVarList* list = this; list; list = list->mNext) {
+    for (const CVar* v = list->mHead; v; v = v->next) {
+      Int nameLen = v->name.Length();
+      if (nameLen == 0) continue;
+      Int pos = text.Find(v->name.Chars(), 0);
+      while (pos >= 0) {
+        bool opened = pos > 0 && text[pos - 1] == open;
+        bool closed = pos + nameLen < text.Length() && text[pos + nameLen] == close;
+        if (opened && closed) {
+          Int start = pos - 1;
+          text.Remove(start, nameLen + 2);
+          text.Insert(start, v->value.Chars(), v->value.Length());
+          ++count;
+          pos = text.Find(v->name.Chars(), start + 1);
+        } else {
+          pos = text.Find(v->name.Chars(), pos + 1);
+        }
+      }
+    }
+  }
+  return count;
+}
+
+Int CVarList::Expand(CStr& text, const char* delims) const {
+  TERN_ASSERT((delims == 0) || (Str::Length(delims) == 2));
+  char open = '<', close = '>';
+  if (delims && Str::Length(delims) == 2) {
+    open = delims[0];
+    close = delims[1];
+  }
+  Int total = 0;
+  while (text.Find(open) >= 0 && text.Find(close) >= 0) {
+    Int replaced = ExpandPass(text, open, close);
+    if (replaced == 0) break;
+    total += replaced;
+  }
+  return total;
+}
+
+}  // namespace Tern

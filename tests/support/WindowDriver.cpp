@@ -1,0 +1,154 @@
+#include "WindowDriver.h"
+
+#include <vector>
+
+namespace TestSupport {
+
+std::string WindowsPath(const std::string& unixPath) {
+  if (unixPath.empty() || unixPath[0] != '/') return unixPath;
+  std::string path = "Z:" + unixPath;
+  for (char& c : path)
+    if (c == '/') c = '\\';
+  return path;
+}
+
+ChildProcess::ChildProcess(const std::string& exe, const std::string& arguments) {
+  std::string commandLine = "\"" + exe + "\" " + arguments;
+  std::vector<char> buffer(commandLine.begin(), commandLine.end());
+  buffer.push_back(0);
+  STARTUPINFOA startup = {};
+  startup.cb = sizeof startup;
+  if (!::CreateProcessA(exe.c_str(), buffer.data(), nullptr, nullptr, FALSE, 0,
+                        nullptr, nullptr, &startup, &mInfo))
+    mInfo = {};
+}
+
+ChildProcess::~ChildProcess() {
+  if (mInfo.hProcess) {
+    if (::WaitForSingleObject(mInfo.hProcess, 0) == WAIT_TIMEOUT)
+      ::TerminateProcess(mInfo.hProcess, 99);
+    ::CloseHandle(mInfo.hProcess);
+    ::CloseHandle(mInfo.hThread);
+  }
+}
+
+namespace {
+
+struct WindowSearch {
+  DWORD processId;
+  const char* caption;  // null: any visible window
+  HWND found;
+};
+
+BOOL CALLBACK MatchWindow(HWND window, LPARAM param) {
+  auto* search = reinterpret_cast<WindowSearch*>(param);
+  DWORD pid = 0;
+  ::GetWindowThreadProcessId(window, &pid);
+  if (pid != search->processId || !::IsWindowVisible(window)) return TRUE;
+  if (search->caption) {
+    char text[256] = "";
+    ::GetWindowTextA(window, text, sizeof text);
+    if (std::string(text) != search->caption) return TRUE;
+  }
+  search->found = window;
+  return FALSE;
+}
+
+std::string WindowText(HWND window) {
+  int n = ::GetWindowTextLengthA(window);
+  std::string text(n + 1, '\0');
+  ::GetWindowTextA(window, &text[0], n + 1);
+  text.resize(n);
+  return text;
+}
+
+std::string ClassName(HWND window) {
+  char name[64] = "";
+  ::GetClassNameA(window, name, sizeof name);
+  return name;
+}
+
+struct ChildSearch {
+  std::string className;
+  std::string text;  // compared without "&"; empty: any
+  bool wantIcon;
+  HWND found;
+};
+
+BOOL CALLBACK MatchChild(HWND child, LPARAM param) {
+  auto* search = reinterpret_cast<ChildSearch*>(param);
+  if (ClassName(child) != search->className) return TRUE;
+  std::string text = WindowText(child);
+  std::string plain;
+  for (char c : text)
+    if (c != '&') plain += c;
+  bool isIcon = (::GetWindowLongA(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON;
+  if (search->wantIcon != isIcon) return TRUE;
+  if (!search->text.empty() && plain != search->text) return TRUE;
+  search->found = child;
+  return FALSE;
+}
+
+HWND FindChild(HWND parent, const char* className, const std::string& text,
+               bool icon) {
+  ChildSearch search{className, text, icon, nullptr};
+  ::EnumChildWindows(parent, MatchChild, reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+}  // namespace
+
+HWND ChildProcess::FindVisibleWindow(const char* caption) const {
+  WindowSearch search{mInfo.dwProcessId, caption, nullptr};
+  ::EnumWindows(MatchWindow, reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+HWND ChildProcess::WaitForDialog(const char* caption, DWORD timeoutMs) {
+  if (!mInfo.hProcess) return nullptr;
+  for (DWORD waited = 0; waited < timeoutMs; waited += 50) {
+    if (HWND window = FindVisibleWindow(caption)) {
+      mSawWindow = true;
+      ::Sleep(200);  // let the dialog finish laying itself out
+      return window;
+    }
+    if (::WaitForSingleObject(mInfo.hProcess, 50) == WAIT_OBJECT_0) break;
+  }
+  return nullptr;
+}
+
+int ChildProcess::WaitForExit(DWORD timeoutMs) {
+  if (!mInfo.hProcess) return -1;
+  for (DWORD waited = 0; waited < timeoutMs; waited += 50) {
+    if (FindVisibleWindow(nullptr)) mSawWindow = true;
+    if (::WaitForSingleObject(mInfo.hProcess, 50) == WAIT_OBJECT_0) {
+      DWORD code = 0;
+      ::GetExitCodeProcess(mInfo.hProcess, &code);
+      return static_cast<int>(code);
+    }
+  }
+  ::TerminateProcess(mInfo.hProcess, 99);
+  return -1;
+}
+
+std::string MessageBoxText(HWND box) {
+  // The message is the static control that is not the icon.
+  HWND text = FindChild(box, "Static", "", false);
+  return text ? WindowText(text) : std::string();
+}
+
+bool HasStopIcon(HWND box) {
+  HWND icon = FindChild(box, "Static", "", true);
+  if (!icon) return false;
+  HICON shown = reinterpret_cast<HICON>(::SendMessageA(icon, STM_GETICON, 0, 0));
+  return shown != nullptr && shown == ::LoadIconA(nullptr, IDI_HAND);
+}
+
+bool PressButton(HWND dialog, const char* caption) {
+  HWND button = FindChild(dialog, "Button", caption, false);
+  if (!button) return false;
+  ::SendMessageA(button, BM_CLICK, 0, 0);
+  return true;
+}
+
+}  // namespace TestSupport

@@ -1,0 +1,44 @@
+// Drives another process's windows the way a person would: find the dialog
+// it shows, read its text, press its buttons.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace TestSupport {
+
+// "/home/x/Setup.exe" as Wine sees it: "Z:\home\x\Setup.exe".
+std::string WindowsPath(const std::string& unixPath);
+
+class ChildProcess {
+ public:
+  ChildProcess(const std::string& exe, const std::string& arguments);
+  ~ChildProcess();
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  // The first visible top-level dialog of this process with that caption,
+  // waiting up to `timeoutMs`; null when none appeared.
+  HWND WaitForDialog(const char* caption, DWORD timeoutMs = 20000);
+  // The exit code, or -1 when the process did not end within `timeoutMs`
+  // (it is then killed).
+  int WaitForExit(DWORD timeoutMs = 30000);
+  // Whether any visible top-level window of the process was seen while
+  // waiting for it.
+  bool EverShowedWindow() const { return mSawWindow; }
+
+ private:
+  HWND FindVisibleWindow(const char* caption) const;
+
+  PROCESS_INFORMATION mInfo = {};
+  bool mSawWindow = false;
+};
+
+// The text of a message box (its static control).
+std::string MessageBoxText(HWND box);
+bool HasStopIcon(HWND box);
+// Clicks the button whose caption (without "&") is `caption`.
+bool PressButton(HWND dialog, const char* caption);
+
+}  // namespace TestSupport

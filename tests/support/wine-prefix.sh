@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Makes a fresh 64-bit Wine prefix at $1 (removing any old one) and keeps its
+# wineserver running, so that the programs started in it come up quickly.
+set -eu
+prefix=$1
+export WINEPREFIX=$prefix WINEDEBUG=-all WINEARCH=win64
+export WINEDLLOVERRIDES=mscoree,mshtml=
+if [ -d "$prefix" ]; then
+  wineserver -k 2>/dev/null || true
+  rm -rf "$prefix"
+fi
+mkdir -p "$prefix"
+wine wineboot -i >/dev/null 2>&1
+# A crashing test program must end, not wait for someone to close a crash dialog.
+wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f >/dev/null 2>&1
+wineserver -w
+wineserver -p 60
