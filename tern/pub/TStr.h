@@ -46,7 +46,7 @@ bool Equal(const char16_t* a, const char16_t* b);
 const char16_t* Find(const char16_t* text, char16_t c);
 
 // vswprintf over UTF-16: returns the length written, or -1 when `size` was
-// too small (the standard wide formatting cannot tell the needed length).
+// too small or exactly filled (wide formatting cannot tell the needed length).
 Int VFormat(char16_t* buf, std::size_t size, const char16_t* format,
             va_list args);
 template <std::size_t N>

@@ -106,7 +106,9 @@ Int WStr::VFormat(char16_t* buf, std::size_t size, const char16_t* format,
   if (size == 0) return -1;
   std::vector<wchar_t> wide(size);
   int written = std::vswprintf(wide.data(), size, ToWChar(format).c_str(), args);
-  if (written < 0) {
+  // Some C libraries truncate instead of failing: a full buffer may not have
+  // held everything, so it counts as too small.
+  if (written < 0 || static_cast<std::size_t>(written) >= size - 1) {
     buf[0] = 0;
     return -1;
   }

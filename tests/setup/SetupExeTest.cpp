@@ -6,6 +6,7 @@
 
 #include "Setup.h"
 #include "TVersion.h"
+#include "Version.h"
 #include "TestSupport.h"
 #include "WindowDriver.h"
 
@@ -26,7 +27,7 @@ TEST(SetupExe, NoArgumentsPointsToAddRemovePrograms) {
   HWND box = setup.WaitForDialog("Zendra Setup");
   ASSERT_NE(nullptr, box) << "no message box appeared";
   EXPECT_EQ(cAddRemoveText, MessageBoxText(box));
-  EXPECT_TRUE(HasStopIcon(box));
+  EXPECT_TRUE(HasIcon(box));
   PressButton(box, "OK");
   EXPECT_EQ(Zendra::exitBadCmdLine, setup.WaitForExit());
 }
@@ -58,7 +59,7 @@ TEST(SetupExe, SecondInstanceIsTurnedAway) {
   ASSERT_NE(nullptr, secondBox);
   // The check comes before the options: even a silent run says so.
   EXPECT_EQ("Zendra Setup is already running.", MessageBoxText(secondBox));
-  EXPECT_FALSE(HasStopIcon(secondBox));
+  EXPECT_FALSE(HasIcon(secondBox));
   PressButton(secondBox, "OK");
   EXPECT_EQ(Zendra::exitOk, second.WaitForExit());
 

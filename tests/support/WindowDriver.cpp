@@ -137,11 +137,10 @@ std::string MessageBoxText(HWND box) {
   return text ? WindowText(text) : std::string();
 }
 
-bool HasStopIcon(HWND box) {
+bool HasIcon(HWND box) {
+  // A plain box may keep an empty icon control: ask it for its icon.
   HWND icon = FindChild(box, "Static", "", true);
-  if (!icon) return false;
-  HICON shown = reinterpret_cast<HICON>(::SendMessageA(icon, STM_GETICON, 0, 0));
-  return shown != nullptr && shown == ::LoadIconA(nullptr, IDI_HAND);
+  return icon != nullptr && ::SendMessageA(icon, STM_GETICON, 0, 0) != 0;
 }
 
 bool PressButton(HWND dialog, const char* caption) {

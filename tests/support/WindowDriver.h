@@ -37,7 +37,8 @@ class ChildProcess {
 
 // The text of a message box (its static control).
 std::string MessageBoxText(HWND box);
-bool HasStopIcon(HWND box);
+// Whether the box shows an icon (error and warning boxes do, plain ones not).
+bool HasIcon(HWND box);
 // Clicks the button whose caption (without "&") is `caption`.
 bool PressButton(HWND dialog, const char* caption);
 

@@ -10,8 +10,13 @@ if [ -d "$prefix" ]; then
   rm -rf "$prefix"
 fi
 mkdir -p "$prefix"
-wine wineboot -i >/dev/null 2>&1
-# A crashing test program must end, not wait for someone to close a crash dialog.
+wine wineboot -i </dev/null >/dev/null 2>&1
+# A crashing test program must end at once: no crash dialog, and no automatic
+# debugger, which would outlive the program and keep its output open.
 wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f >/dev/null 2>&1
+for view in 32 64; do
+  wine reg delete 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' \
+    /v Debugger /f /reg:$view >/dev/null 2>&1 || true
+done
 wineserver -w
-wineserver -p 60
+wineserver -p 60 </dev/null >/dev/null 2>&1

@@ -220,6 +220,7 @@ namespace {
 // report: the nesting guard must catch it rather than recurse.
 void AssertAgain(const char* text) {
   std::fputs(text, stderr);
+  std::fflush(stderr);
   if (std::strstr(text, "nested") == nullptr) AssertFailed("inner");
 }
 }  // namespace
