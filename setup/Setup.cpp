@@ -117,8 +117,9 @@ void CZendraSetupApp::Run() {
   AddRegistrySearchLocations();
 
   bool crashVariable = false;
-  mCrash = HasOption("crash", 0) ||
-           (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
+  mCrash =
+      HasOption("crash", 0) ||
+      (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
 
   if (mMutexError == cErrorAlreadyExists) {
     MessageDialog(cAlreadyRunning, mkPlain);

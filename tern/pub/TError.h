@@ -100,7 +100,8 @@ inline constexpr CError E_CantRemoveFontFromRegistry{
     static_cast<Int32>(0x80000785u)};
 
 // Internet codes; this module alone numbers its codes from 0.
-inline constexpr CError E_InternetBadHTTPStatus{static_cast<Int32>(0x80000880u)};
+inline constexpr CError E_InternetBadHTTPStatus{
+    static_cast<Int32>(0x80000880u)};
 inline constexpr CError E_InternetResourceNotText{
     static_cast<Int32>(0x80000881u)};
 

@@ -25,7 +25,9 @@ CApplication* CApplication::Current() {
 
 namespace {
 
-bool IsBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+bool IsBlank(char c) {
+  return std::isspace(static_cast<unsigned char>(c)) != 0;
+}
 
 // The next token at or after `cursor`, which moves past it. False at the end.
 bool NextToken(const char*& cursor, CStr& token) {

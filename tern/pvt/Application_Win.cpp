@@ -28,7 +28,9 @@ CGUIApplication::~CGUIApplication() {
   if (mAppWindow) ::DestroyWindow(static_cast<HWND>(mAppWindow));
 }
 
-void* CGUIApplication::ModuleHandle() const { return ::GetModuleHandleA(nullptr); }
+void* CGUIApplication::ModuleHandle() const {
+  return ::GetModuleHandleA(nullptr);
+}
 
 bool CGUIApplication::InitInstance() {
   WNDCLASSA wndClass = {};
@@ -39,8 +41,8 @@ bool CGUIApplication::InitInstance() {
     TERN_ASSERT(RegisterClassA(&wndClass));
   }
   // Never shown: it only receives the application's own messages.
-  mAppWindow = ::CreateWindowA(cAppWindowClass, GetName().Chars(), WS_OVERLAPPED,
-                               0, 0, 0, 0, nullptr, nullptr,
+  mAppWindow = ::CreateWindowA(cAppWindowClass, GetName().Chars(),
+                               WS_OVERLAPPED, 0, 0, 0, 0, nullptr, nullptr,
                                static_cast<HINSTANCE>(ModuleHandle()), nullptr);
   return true;
 }
@@ -66,8 +68,9 @@ void CGUIApplication::RunFromLoop() {
 CNamedMutex::CNamedMutex(const char* mutexName) {
   TERN_ASSERT(mutexName);
   if (!mutexName) return;
-  TERN_ASSERT((mMutex = ::CreateMutexA(0,0,mutexName)) != 0);
+  mMutex = ::CreateMutexA(nullptr, FALSE, mutexName);
   mLastError = ::GetLastError();
+  if (!mMutex) TERN_FAIL("(mMutex = ::CreateMutexA(0,0,mutexName)) != 0");
 }
 
 CNamedMutex::~CNamedMutex() {

@@ -38,7 +38,9 @@ void RaiseAssertionException() {
 void ExitProcess(Int code) { std::exit(code); }
 CStr SystemErrorText(UInt32) { return CStr(); }
 
-void SetAssertionHandler(AssertionHandler handler) { gAssertionHandler = handler; }
+void SetAssertionHandler(AssertionHandler handler) {
+  gAssertionHandler = handler;
+}
 
 }  // namespace Platform
 

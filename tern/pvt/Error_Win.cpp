@@ -60,7 +60,8 @@ namespace {
 AssertionHandler gAssertionHandler = nullptr;
 
 LONG CALLBACK ContinueAfterAssertion(EXCEPTION_POINTERS* info) {
-  if (info->ExceptionRecord->ExceptionCode != 1) return EXCEPTION_CONTINUE_SEARCH;
+  if (info->ExceptionRecord->ExceptionCode != 1)
+    return EXCEPTION_CONTINUE_SEARCH;
   if (gAssertionHandler) gAssertionHandler(LastAssertionReport());
   return EXCEPTION_CONTINUE_EXECUTION;
 }
@@ -70,7 +71,8 @@ LONG CALLBACK ContinueAfterAssertion(EXCEPTION_POINTERS* info) {
 void InstallAssertionHandler(AssertionHandler handler) {
   static PVOID installed = nullptr;
   gAssertionHandler = handler;
-  if (!installed) installed = ::AddVectoredExceptionHandler(1, ContinueAfterAssertion);
+  if (!installed)
+    installed = ::AddVectoredExceptionHandler(1, ContinueAfterAssertion);
 }
 
 }  // namespace Tern

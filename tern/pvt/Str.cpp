@@ -70,8 +70,8 @@ std::wstring ToWChar(const char16_t* text) {
   std::wstring out;
   for (; text && *text; ++text) {
     char32_t c = *text;
-    if (sizeof(wchar_t) == 4 && c >= 0xD800 && c < 0xDC00 && text[1] >= 0xDC00 &&
-        text[1] < 0xE000) {
+    if (sizeof(wchar_t) == 4 && c >= 0xD800 && c < 0xDC00 &&
+        text[1] >= 0xDC00 && text[1] < 0xE000) {
       c = 0x10000 + ((c - 0xD800) << 10) + (text[1] - 0xDC00);
       ++text;
     }
@@ -105,7 +105,8 @@ Int WStr::VFormat(char16_t* buf, std::size_t size, const char16_t* format,
                   va_list args) {
   if (size == 0) return -1;
   std::vector<wchar_t> wide(size);
-  int written = std::vswprintf(wide.data(), size, ToWChar(format).c_str(), args);
+  int written =
+      std::vswprintf(wide.data(), size, ToWChar(format).c_str(), args);
   // Some C libraries truncate instead of failing: a full buffer may not have
   // held everything, so it counts as too small.
   if (written < 0 || static_cast<std::size_t>(written) >= size - 1) {

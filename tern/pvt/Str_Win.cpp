@@ -20,8 +20,8 @@ CStr WStr::ToNarrow(const char16_t* text) {
   Int len = Length(text);
   if (len == 0) return out;
   const wchar_t* wide = reinterpret_cast<const wchar_t*>(text);
-  int n = ::WideCharToMultiByte(CP_ACP, 0, wide, len, nullptr, 0, nullptr,
-                                nullptr);
+  int n =
+      ::WideCharToMultiByte(CP_ACP, 0, wide, len, nullptr, 0, nullptr, nullptr);
   char* buf = out.Lock(n);
   ::WideCharToMultiByte(CP_ACP, 0, wide, len, buf, n, nullptr, nullptr);
   out.Unlock(n);

@@ -112,7 +112,8 @@ Int CVarList::ExpandPass(CStr& text, char open, char close) const {
       Int pos = text.Find(v->name.Chars(), 0);
       while (pos >= 0) {
         bool opened = pos > 0 && text[pos - 1] == open;
-        bool closed = pos + nameLen < text.Length() && text[pos + nameLen] == close;
+        bool closed =
+            pos + nameLen < text.Length() && text[pos + nameLen] == close;
         if (opened && closed) {
           Int start = pos - 1;
           text.Remove(start, nameLen + 2);

@@ -6,8 +6,8 @@
 
 #include "Setup.h"
 #include "TVersion.h"
-#include "Version.h"
 #include "TestSupport.h"
+#include "Version.h"
 #include "WindowDriver.h"
 
 using namespace TestSupport;
@@ -80,10 +80,9 @@ TEST(SetupExe, VersionResourceCarriesTheProductVersion) {
 }
 
 TEST(ExitCodes, NamesAsLogged) {
-  const char* names[] = {"exitOk",           "exitFailure",
-                         "exitBadCmdLine",   "exitInUse",
-                         "exitNoPermission", "exitNewerVersion",
-                         "exitBadIEVersion"};
+  const char* names[] = {
+      "exitOk",           "exitFailure",      "exitBadCmdLine",  "exitInUse",
+      "exitNoPermission", "exitNewerVersion", "exitBadIEVersion"};
   for (int code = 0; code <= 6; ++code)
     EXPECT_STREQ(names[code], Zendra::ExitCodeName(code));
   EXPECT_ASSERTION(Zendra::ExitCodeName(7), "unknown exit code");

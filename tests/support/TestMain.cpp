@@ -17,7 +17,8 @@ const std::vector<std::string>& Args() { return gArgs; }
 std::string ArgValue(const std::string& name) {
   const std::string prefix = "--" + name + "=";
   for (const auto& arg : gArgs)
-    if (arg.compare(0, prefix.size(), prefix) == 0) return arg.substr(prefix.size());
+    if (arg.compare(0, prefix.size(), prefix) == 0)
+      return arg.substr(prefix.size());
   return std::string();
 }
 

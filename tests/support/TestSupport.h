@@ -25,13 +25,13 @@ class ReportingAssertions {
 }  // namespace TestSupport
 
 // Runs `statement` and expects it to raise the assertion with text `text`.
-#define EXPECT_ASSERTION(statement, text)                                 \
-  do {                                                                    \
-    std::string _caught;                                                  \
-    try {                                                                 \
-      statement;                                                          \
-    } catch (const Tern::CAssertionFailure& _failure) {                   \
-      _caught = _failure.what();                                          \
-    }                                                                     \
-    EXPECT_EQ(std::string(text), _caught) << "statement: " #statement;    \
+#define EXPECT_ASSERTION(statement, text)                              \
+  do {                                                                 \
+    std::string _caught;                                               \
+    try {                                                              \
+      statement;                                                       \
+    } catch (const Tern::CAssertionFailure& _failure) {                \
+      _caught = _failure.what();                                       \
+    }                                                                  \
+    EXPECT_EQ(std::string(text), _caught) << "statement: " #statement; \
   } while (0)

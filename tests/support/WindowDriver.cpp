@@ -12,7 +12,8 @@ std::string WindowsPath(const std::string& unixPath) {
   return path;
 }
 
-ChildProcess::ChildProcess(const std::string& exe, const std::string& arguments) {
+ChildProcess::ChildProcess(const std::string& exe,
+                           const std::string& arguments) {
   std::string commandLine = "\"" + exe + "\" " + arguments;
   std::vector<char> buffer(commandLine.begin(), commandLine.end());
   buffer.push_back(0);

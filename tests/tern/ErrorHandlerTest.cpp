@@ -83,7 +83,8 @@ TEST(ErrorHandler, ReportWrapsAndFillsVariables) {
 
   // Without an operation the position variables stay unfilled.
   handler.ReportMessage("x", 0x030000, out);
-  EXPECT_STREQ("Internal error in <ErrFile> at line <ErrLine>:\nx", out.Chars());
+  EXPECT_STREQ("Internal error in <ErrFile> at line <ErrLine>:\nx",
+               out.Chars());
 
   handler.PushOperation("Registry script", "pvt\\Registry_Win", 88);
   handler.ReportMessage("no root key (a<msg>b)", 0x030000, out);

@@ -122,7 +122,8 @@ TEST(ErrorModuleTable, FiveTablesWithTheirIdsAndCounts) {
   EXPECT_EQ(nullptr, FindModuleTable(-4));
 
   int listed = 0;
-  for (const CErrorModuleTable* t = CErrorModuleTable::First(); t; t = t->Next())
+  for (const CErrorModuleTable* t = CErrorModuleTable::First(); t;
+       t = t->Next())
     ++listed;
   EXPECT_EQ(5, listed);
 
@@ -134,7 +135,8 @@ TEST(ErrorModuleTable, FiveTablesWithTheirIdsAndCounts) {
 
 TEST(ErrorModuleTable, LookupInTheWrongTableAsserts) {
   const CErrorModuleTable* gen = FindModuleTable(modGen);
-  EXPECT_ASSERTION(gen->FindEntry(E_DirNotEmpty), "error.Module() == mModuleId");
+  EXPECT_ASSERTION(gen->FindEntry(E_DirNotEmpty),
+                   "error.Module() == mModuleId");
   EXPECT_EQ(nullptr, gen->FindEntry(Code(0x8000020E)));
 }
 
@@ -151,13 +153,13 @@ TEST(WindowsErrors, FixedTableInItsOrder) {
     UInt32 number;
     CError code;
   } rows[] = {
-      {2, E_NotFound},      {3, E_NotFound},      {53, E_NotFound},
-      {20, E_NotFound},     {126, E_NotFound},    {64, E_NotFound},
+      {2, E_NotFound},      {3, E_NotFound},       {53, E_NotFound},
+      {20, E_NotFound},     {126, E_NotFound},     {64, E_NotFound},
       {14, E_Alloc},        {80, E_AlreadyExists}, {183, E_AlreadyExists},
-      {160, E_BadArgument}, {111, E_BadArgument}, {87, E_BadArgument},
-      {6, E_BadArgument},   {123, E_BadArgument}, {67, E_BadArgument},
-      {5, E_NoAccess},      {32, E_NoAccess},     {65, E_NoAccess},
-      {86, E_BadName},      {110, E_NotOpen},     {145, E_DirNotEmpty},
+      {160, E_BadArgument}, {111, E_BadArgument},  {87, E_BadArgument},
+      {6, E_BadArgument},   {123, E_BadArgument},  {67, E_BadArgument},
+      {5, E_NoAccess},      {32, E_NoAccess},      {65, E_NoAccess},
+      {86, E_BadName},      {110, E_NotOpen},      {145, E_DirNotEmpty},
       {16, Failure},
   };
   for (const auto& row : rows) {
@@ -204,7 +206,8 @@ TEST(Assertions, ReportNamesFileLineAndExpression) {
   ASSERT_EQ(2u, gDebugOutput.size());
   EXPECT_EQ("File: pvt\\Stream, Line#: 42\nAssert( IsReadable() );\n",
             gDebugOutput[0]);
-  EXPECT_EQ("File: pvt\\String, Line#: 7\nAssert( mLen > 0 );\n", gDebugOutput[1]);
+  EXPECT_EQ("File: pvt\\String, Line#: 7\nAssert( mLen > 0 );\n",
+            gDebugOutput[1]);
   EXPECT_STREQ(gDebugOutput[1].c_str(), LastAssertionReport());
   EXPECT_STREQ("pvt\\String", SourceFile());
   EXPECT_EQ(7, SourceLine());

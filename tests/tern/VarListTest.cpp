@@ -96,7 +96,8 @@ TEST(VarList, ExpansionFillsPlaceholdersToAnyDepth) {
 
   CStr plain("no placeholders");
   EXPECT_EQ(0, vars.Expand(plain));
-  EXPECT_ASSERTION(vars.Expand(plain, "<"), "(delims == 0) || (Str::Length(delims) == 2)");
+  EXPECT_ASSERTION(vars.Expand(plain, "<"),
+                   "(delims == 0) || (Str::Length(delims) == 2)");
 }
 
 TEST(VarList, ExpansionFollowsTheChain) {
@@ -115,5 +116,6 @@ TEST(VarList, SearchLocationsKeepTheirOrder) {
   vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane\\OVZN4");
   ASSERT_EQ(2u, vars.SearchLocations().size());
   EXPECT_STREQ("HKEY_CURRENT_USER", vars.SearchLocations()[1].rootKey.Chars());
-  EXPECT_STREQ("SOFTWARE\\Orvane\\OVZN4", vars.SearchLocations()[1].subKey.Chars());
+  EXPECT_STREQ("SOFTWARE\\Orvane\\OVZN4",
+               vars.SearchLocations()[1].subKey.Chars());
 }
