@@ -1,0 +1,109 @@
+#include <windows.h>
+
+#include <string>
+
+#include "FileHandle.h"
+#include "TStream.h"
+
+namespace Tern {
+
+namespace {
+
+CError LastError() { return ErrorFromWindows(::GetLastError()); }
+
+DWORD CreationDisposition(UInt32 disposition) {
+  switch (disposition) {
+    case fsmCreateNew:
+      return CREATE_NEW;
+    case fsmCreateAlways:
+      return CREATE_ALWAYS;
+    case fsmOpenOrCreate:
+      return OPEN_ALWAYS;
+    case fsmTruncateExisting:
+      return TRUNCATE_EXISTING;
+    default:
+      return OPEN_EXISTING;
+  }
+}
+
+}  // namespace
+
+CError CreateParentFolders(const char* osPath) {
+  std::string path(osPath ? osPath : "");
+  for (std::size_t i = 1; i < path.size(); ++i) {
+    if (path[i] != '\\' && path[i] != '/') continue;
+    if (path[i - 1] == ':') continue;  // the drive's root
+    std::string folder = path.substr(0, i);
+    if (!::CreateDirectoryA(folder.c_str(), nullptr) &&
+        ::GetLastError() != ERROR_ALREADY_EXISTS)
+      return LastError();
+  }
+  return Ok;
+}
+
+bool CFileHandle::IsOpen() const { return mHandle != INVALID_HANDLE_VALUE; }
+
+CError CFileHandle::Open(const char* osPath, bool read, bool write,
+                         UInt32 disposition) {
+  Close();
+  DWORD access = (read ? GENERIC_READ : 0) | (write ? GENERIC_WRITE : 0);
+  // Readers let others write (a log being written can be read meanwhile).
+  DWORD share = write ? FILE_SHARE_READ : FILE_SHARE_READ | FILE_SHARE_WRITE;
+  mHandle = ::CreateFileA(osPath, access, share, nullptr,
+                          CreationDisposition(disposition),
+                          FILE_ATTRIBUTE_NORMAL, nullptr);
+  return IsOpen() ? Ok : LastError();
+}
+
+CError CFileHandle::Read(Byte* buf, std::size_t size, std::size_t& got) {
+  DWORD n = 0;
+  got = 0;
+  if (!::ReadFile(mHandle, buf, static_cast<DWORD>(size), &n, nullptr))
+    return LastError();
+  got = n;
+  return Ok;
+}
+
+CError CFileHandle::Write(const Byte* buf, std::size_t size) {
+  DWORD n = 0;
+  if (!::WriteFile(mHandle, buf, static_cast<DWORD>(size), &n, nullptr))
+    return LastError();
+  return n == size ? Ok : E_Write;
+}
+
+CError CFileHandle::Seek(Int pos) {
+  return ::SetFilePointer(mHandle, pos, nullptr, FILE_BEGIN) ==
+                 INVALID_SET_FILE_POINTER
+             ? LastError()
+             : Ok;
+}
+
+CError CFileHandle::Tell(Int& pos) {
+  DWORD p = ::SetFilePointer(mHandle, 0, nullptr, FILE_CURRENT);
+  if (p == INVALID_SET_FILE_POINTER) return LastError();
+  pos = static_cast<Int>(p);
+  return Ok;
+}
+
+CError CFileHandle::Size(Int& size) {
+  DWORD s = ::GetFileSize(mHandle, nullptr);
+  if (s == INVALID_FILE_SIZE) return LastError();
+  size = static_cast<Int>(s);
+  return Ok;
+}
+
+CError CFileHandle::Resize(Int size) {
+  Int pos = 0;
+  CError err = Tell(pos);
+  if (Succeeded(err)) err = Seek(size);
+  if (Succeeded(err) && !::SetEndOfFile(mHandle)) err = LastError();
+  CError back = Seek(pos < size ? pos : size);
+  return Failed(err) ? err : back;
+}
+
+void CFileHandle::Close() {
+  if (IsOpen()) ::CloseHandle(mHandle);
+  mHandle = INVALID_HANDLE_VALUE;
+}
+
+}  // namespace Tern
