@@ -4,10 +4,26 @@
 
 #include <vector>
 
+#include "TError.h"
 #include "TString.h"
 #include "TTypes.h"
 
 namespace Tern {
+
+class CStream;
+
+// What ReadFile found wrong with a configuration file, for messages that
+// tell the cases apart (ReadFile's status is E_BadData for all of them).
+enum ConfigFileProblem : Int {
+  cfpNone = 0,
+  cfpEmpty,        // not a byte in the file
+  cfpBadHeader,    // does not begin with the header text
+  cfpNoEndMarker,  // the records end without the end-of-list marker
+  cfpBadChecksum,  // the checksum text differs from the sum of the bytes
+};
+
+// "Orvane Configuration File 1.0"
+extern const char cConfigFileHeader[];
 
 class CVarList {
  public:
@@ -60,6 +76,22 @@ class CVarList {
   // `delims` holds the open and close characters ("<>" when null). Returns
   // the number of replacements.
   Int Expand(CStr& text, const char* delims = nullptr) const;
+
+  // One line per variable: name, " (READ-ONLY)" if so, TAB "=" TAB, and the
+  // value in double quotes.
+  void Dump(CStream& out) const;
+  // The records of the configuration file: for each variable its name (with
+  // "%" when read-only) and its value, each ending with a NUL.
+  void Write(CStream& out) const;
+  // Reads records until the stream ends or an empty name; "%" names become
+  // read-only. True when the empty name (the end marker) was read.
+  bool Read(CStream& in);
+
+  // The configuration file: header, records, end marker and checksum, every
+  // byte scrambled. ReadFile leaves what it read in the list also when it
+  // fails, so callers discard the list then.
+  CError WriteFile(const char* osPath) const;
+  CError ReadFile(const char* osPath, ConfigFileProblem* problem = nullptr);
 
  private:
   CVar* FindVar(const char* name) const;

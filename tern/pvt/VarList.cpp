@@ -1,8 +1,38 @@
+#include <cstdlib>
+
 #include "TError.h"
 #include "TStr.h"
+#include "TStream.h"
 #include "TVarList.h"
 
 namespace Tern {
+
+const char cConfigFileHeader[] = "Orvane Configuration File 1.0";
+
+namespace {
+
+const UInt32 cConfigFileMode = smScramble | smChecksum;
+
+// Replaces each "<name>" of `text` once, leaving the inserted text alone.
+void FillOnce(CStr& text, const char* name, const CStr& value) {
+  CStr placeholder("<");
+  placeholder += name;
+  placeholder += '>';
+  for (Int pos = text.Find(placeholder.Chars()); pos >= 0;
+       pos = text.Find(placeholder.Chars(), pos + value.Length())) {
+    text.Remove(pos, placeholder.Length());
+    text.Insert(pos, value.Chars(), value.Length());
+  }
+}
+
+UInt32 ParseUnsigned(const CStr& text) {
+  UInt32 value = 0;
+  for (Int i = 0; i < text.Length() && text[i] >= '0' && text[i] <= '9'; ++i)
+    value = value * 10 + static_cast<UInt32>(text[i] - '0');
+  return value;
+}
+
+}  // namespace
 
 CVarList::~CVarList() { Clear(); }
 
@@ -143,6 +173,84 @@ Int CVarList::Expand(CStr& text, const char* delims) const {
     total += replaced;
   }
   return total;
+}
+
+// ---- Dump and configuration file --------------------------------------------
+
+void CVarList::Dump(CStream& out) const {
+  for (const CVar* v = mHead; v; v = v->next) {
+    CStr line("<name><modify>\t=\t\"<value>\"\n");
+    FillOnce(line, "modify", CStr(v->readOnly ? " (READ-ONLY)" : ""));
+    FillOnce(line, "name", v->name);
+    FillOnce(line, "value", v->value);
+    out.WriteString(line.Chars(), line.Length());
+  }
+}
+
+void CVarList::Write(CStream& out) const {
+  TERN_ASSERT(out.IsWritable());
+  for (const CVar* v = mHead; v; v = v->next) {
+    if (v->readOnly) out.WriteByte('%');
+    out.WriteString(v->name.Chars(), v->name.Length());
+    out.WriteByte(0);
+    out.WriteString(v->value.Chars(), v->value.Length());
+    out.WriteByte(0);
+  }
+}
+
+bool CVarList::Read(CStream& in) {
+  TERN_ASSERT(in.IsReadable());
+  for (;;) {
+    CStr name, value;
+    if (!in.ReadUntil(name, 0)) return false;  // the stream ended
+    if (name.IsEmpty()) return true;           // the end marker
+    in.ReadUntil(value, 0);
+    Set(name.Chars(), value.Chars(), false);
+  }
+}
+
+CError CVarList::WriteFile(const char* osPath) const {
+  CFileStream file;
+  CError err =
+      file.Open(osPath, fsmCreateAlways | smWriteOnly | cConfigFileMode);
+  if (Failed(err)) return err;
+  file.WriteString(cConfigFileHeader);
+  file.WriteByte(0);
+  Write(file);
+  file.WriteByte(0);
+  file.Printf("%lu", static_cast<unsigned long>(file.GetChecksum()));
+  file.WriteByte(0);
+  err = file.GetState() == ssFailed ? E_Write : Ok;
+  CError closed = file.Close();
+  return Failed(err) ? err : closed;
+}
+
+CError CVarList::ReadFile(const char* osPath, ConfigFileProblem* problem) {
+  ConfigFileProblem found = cfpNone;
+  CFileStream file;
+  CError err =
+      file.Open(osPath, fsmOpenExisting | smReadOnly | cConfigFileMode);
+  if (Succeeded(err)) {
+    CStr header;
+    bool headerEnded = file.ReadUntil(header, 0);
+    if (!headerEnded && header.IsEmpty()) {
+      found = cfpEmpty;
+    } else if (header != cConfigFileHeader) {
+      found = cfpBadHeader;
+    } else {
+      // Without its end marker the file has no checksum text, which reads
+      // as 0 and fails the comparison.
+      bool ended = Read(file);
+      UInt32 sum = file.GetChecksum();
+      CStr checksumText;
+      file.ReadUntil(checksumText, 0);
+      if (ParseUnsigned(checksumText) != sum)
+        found = ended ? cfpBadChecksum : cfpNoEndMarker;
+    }
+    err = found == cfpNone ? Ok : E_BadData;
+  }
+  if (problem) *problem = found;
+  return err;
 }
 
 }  // namespace Tern
