@@ -16,6 +16,8 @@ namespace Tern {
 template <typename Ch>
 class CBasicStr {
  public:
+  using CharType = Ch;
+
   CBasicStr();
   CBasicStr(const Ch* text);  // NOLINT: implicit from literals is intended
   CBasicStr(const Ch* text, Int len);

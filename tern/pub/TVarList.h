@@ -76,6 +76,9 @@ class CVarList {
   // `delims` holds the open and close characters ("<>" when null). Returns
   // the number of replacements.
   Int Expand(CStr& text, const char* delims = nullptr) const;
+  // The same over UTF-16 text; names and values are taken through the
+  // system code page.
+  Int Expand(CWStr& text, const char* delims = nullptr) const;
 
   // One line per variable: name, " (READ-ONLY)" if so, TAB "=" TAB, and the
   // value in double quotes.
@@ -95,7 +98,11 @@ class CVarList {
 
  private:
   CVar* FindVar(const char* name) const;
-  Int ExpandPass(CStr& text, char open, char close) const;
+  template <typename StrT>
+  Int ExpandText(StrT& text, const char* delims) const;
+  template <typename StrT>
+  Int ExpandPass(StrT& text, typename StrT::CharType open,
+                 typename StrT::CharType close) const;
 
   CVar* mHead = nullptr;
   CVar* mTail = nullptr;

@@ -133,13 +133,28 @@ void CVarList::AddSearchLocation(const char* rootKey, const char* subKey) {
   mSearchLocations.push_back({CStr(rootKey), CStr(subKey)});
 }
 
-Int CVarList::ExpandPass(CStr& text, char open, char close) const {
+namespace {
+
+const CStr& TextOf(const CStr& text, CStr&) { return text; }
+const CWStr& TextOf(const CStr& text, CWStr& wide) {
+  wide = Str::ToWide(text.Chars());
+  return wide;
+}
+
+}  // namespace
+
+template <typename StrT>
+Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
+                         typename StrT::CharType close) const {
   Int count = 0;
+  StrT nameBuf, valueBuf;
   for (const CVarList* list = this; list; list = list->mNext) {
     for (const CVar* v = list->mHead; v; v = v->next) {
-      Int nameLen = v->name.Length();
+      const StrT& name = TextOf(v->name, nameBuf);
+      const Int nameLen = name.Length();
       if (nameLen == 0) continue;
-      Int pos = text.Find(v->name.Chars(), 0);
+      const StrT& value = TextOf(v->value, valueBuf);
+      Int pos = text.Find(name.Chars(), 0);
       while (pos >= 0) {
         bool opened = pos > 0 && text[pos - 1] == open;
         bool closed =
@@ -147,11 +162,11 @@ Int CVarList::ExpandPass(CStr& text, char open, char close) const {
         if (opened && closed) {
           Int start = pos - 1;
           text.Remove(start, nameLen + 2);
-          text.Insert(start, v->value.Chars(), v->value.Length());
+          text.Insert(start, value.Chars(), value.Length());
           ++count;
-          pos = text.Find(v->name.Chars(), start + 1);
+          pos = text.Find(name.Chars(), start + 1);
         } else {
-          pos = text.Find(v->name.Chars(), pos + 1);
+          pos = text.Find(name.Chars(), pos + 1);
         }
       }
     }
@@ -159,12 +174,14 @@ Int CVarList::ExpandPass(CStr& text, char open, char close) const {
   return count;
 }
 
-Int CVarList::Expand(CStr& text, const char* delims) const {
+template <typename StrT>
+Int CVarList::ExpandText(StrT& text, const char* delims) const {
   TERN_ASSERT((delims == 0) || (Str::Length(delims) == 2));
-  char open = '<', close = '>';
+  using Ch = typename StrT::CharType;
+  Ch open = '<', close = '>';
   if (delims && Str::Length(delims) == 2) {
-    open = delims[0];
-    close = delims[1];
+    open = static_cast<unsigned char>(delims[0]);
+    close = static_cast<unsigned char>(delims[1]);
   }
   Int total = 0;
   while (text.Find(open) >= 0 && text.Find(close) >= 0) {
@@ -173,6 +190,14 @@ Int CVarList::Expand(CStr& text, const char* delims) const {
     total += replaced;
   }
   return total;
+}
+
+Int CVarList::Expand(CStr& text, const char* delims) const {
+  return ExpandText(text, delims);
+}
+
+Int CVarList::Expand(CWStr& text, const char* delims) const {
+  return ExpandText(text, delims);
 }
 
 // ---- Dump and configuration file --------------------------------------------

@@ -75,8 +75,26 @@ TEST(SetupExe, VersionResourceCarriesTheProductVersion) {
       SetupExe().c_str(), Tern::CVersion::viFileVersion, file));
   EXPECT_STREQ(SETUP_PRODUCT_VERSION_TEXT, product.Chars());
   EXPECT_STREQ(SETUP_FILE_VERSION_TEXT, file.Chars());
+
+  // The display text and the dotted text name the same version.
+  Tern::CVersion fromProduct, fromFile;
+  ASSERT_EQ(Tern::Ok, fromProduct.Parse(product.Chars()));
+  ASSERT_EQ(Tern::Ok, fromFile.Parse(file.Chars()));
+  EXPECT_FALSE(fromProduct.IsGreater(fromFile));
+  EXPECT_FALSE(fromFile.IsGreater(fromProduct));
+  EXPECT_STREQ(product.Chars(), fromFile.Text().Chars());
+}
+
+TEST(VersionInfo, OnlyTheUSEnglishBlockCounts) {
+  const std::string german = WindowsPath(ArgValue("german-exe"));
+  Tern::CStr text("untouched");
   EXPECT_FALSE(Tern::CVersion::GetVersionInfo(
-      "C:\\no such file.exe", Tern::CVersion::viFileVersion, file));
+      german.c_str(), Tern::CVersion::viFileVersion, text));
+  EXPECT_FALSE(Tern::CVersion::GetVersionInfo(
+      german.c_str(), Tern::CVersion::viProductVersion, text));
+  EXPECT_FALSE(Tern::CVersion::GetVersionInfo(
+      "C:\\no such file.exe", Tern::CVersion::viFileVersion, text));
+  EXPECT_STREQ("untouched", text.Chars());
 }
 
 TEST(ExitCodes, NamesAsLogged) {

@@ -1,0 +1,82 @@
+// Template formatting: items bound by placeholder name ("<Name>" or
+// "<Name:spec>") and formatted by a function with the spec written in the
+// placeholder. CFormat works on 8-bit text, CWFormat on UTF-16.
+#pragma once
+
+#include "TString.h"
+#include "TTypes.h"
+
+namespace Tern {
+
+// A decoded format spec: optional "0" (fill), optional width, optional
+// conversion letter, at most 10 characters in all.
+struct CFormatSpec {
+  char fill = ' ';
+  Int width = 0;
+  char conversion = 0;  // 0: none given
+};
+
+template <typename Ch>
+bool DecodeFormatSpec(const Ch* fmtSpecStr, CFormatSpec& fmtSpec);
+
+template <typename Ch>
+struct CFormatTraits;
+template <>
+struct CFormatTraits<char> {
+  using StrT = CStr;
+};
+template <>
+struct CFormatTraits<char16_t> {
+  using StrT = CWStr;
+};
+
+template <typename Ch>
+class CBasicFormat {
+ public:
+  using StrT = typename CFormatTraits<Ch>::StrT;
+  // Formats `item` as the spec says into `out`; false inserts nothing.
+  using FormatFunction = bool (*)(const Ch* spec, const void* item, StrT& out);
+
+  enum Flags : UInt32 { fmtNoGlobalExpansion = 0x1 };
+
+  // Unless fmtNoGlobalExpansion is given, the template is first expanded
+  // against the global variable list.
+  explicit CBasicFormat(const Ch* templ, const char* delims = nullptr,
+                        UInt32 flags = 0);
+
+  // Replaces every placeholder named `var`, with or without a spec, by what
+  // `fmtFunc` makes of `item`. True when at least one was replaced.
+  bool Item(const Ch* var, const void* item, FormatFunction fmtFunc);
+
+  bool Item(const Ch* var, const Ch* text);
+  bool Item(const Ch* var, Int32 value);
+  bool Item(const Ch* var, UInt32 value);
+  bool Item(const Ch* var, double value);
+  bool Item(const Ch* var, bool value);
+
+  const StrT& Result() const { return mText; }
+
+  // The library's formatting functions.
+  static bool FormatString(const Ch* spec, const void* item, StrT& out);
+  static bool FormatInt32(const Ch* spec, const void* item, StrT& out);
+  static bool FormatUInt32(const Ch* spec, const void* item, StrT& out);
+  static bool FormatDouble(const Ch* spec, const void* item, StrT& out);
+  static bool FormatBool(const Ch* spec, const void* item, StrT& out);
+
+ private:
+  // Finds the next placeholder named `var` at or after `pos`, removes it and
+  // gives back its position and spec.
+  bool TakePlaceholder(const Ch* var, Int& pos, StrT& spec);
+
+  StrT mText;
+  Ch mOpen = '<';
+  Ch mClose = '>';
+};
+
+using CFormat = CBasicFormat<char>;
+using CWFormat = CBasicFormat<char16_t>;
+
+extern template class CBasicFormat<char>;
+extern template class CBasicFormat<char16_t>;
+
+}  // namespace Tern

@@ -1,0 +1,259 @@
+#include <cstdio>
+
+#include "TError.h"
+#include "TFormat.h"
+#include "TStr.h"
+#include "TVarList.h"
+
+namespace Tern {
+
+namespace {
+
+const Int cMaxSpecLength = 10;
+
+template <typename Ch>
+Int TextLength(const Ch* text) {
+  Int n = 0;
+  while (text && text[n]) ++n;
+  return n;
+}
+
+// Digits and letters are ASCII: format narrow, then widen by code unit.
+void Assign(CStr& out, const char* text) { out = text; }
+void Assign(CWStr& out, const char* text) {
+  out.Clear();
+  for (; *text; ++text) out.Append(static_cast<char16_t>(*text));
+}
+
+template <typename StrT>
+void Pad(StrT& text, const CFormatSpec& spec) {
+  using Ch = typename StrT::CharType;
+  while (text.Length() < spec.width) {
+    Ch fill = static_cast<Ch>(spec.fill);
+    text.Insert(0, &fill, 1);
+  }
+}
+
+// The spec decoded, or the defaults after the assertion the callers raise.
+template <typename Ch>
+CFormatSpec DecodeOrDefault(const Ch* spec) {
+  CFormatSpec decoded;
+  if (!DecodeFormatSpec(spec, decoded)) {
+    TERN_FAIL("DecodeFormatSpec(fmtSpecStr,fmtSpec)");
+    decoded = CFormatSpec();
+  }
+  return decoded;
+}
+
+// Integer text for a conversion letter; false for a letter it does not know.
+bool IntegerText(UInt32 bits, bool isSigned, char conversion, CStr& out) {
+  char buf[40];
+  switch (conversion) {
+    case 'd':
+      if (isSigned)
+        std::snprintf(buf, sizeof buf, "%ld",
+                      static_cast<long>(static_cast<Int32>(bits)));
+      else
+        std::snprintf(buf, sizeof buf, "%lu", static_cast<unsigned long>(bits));
+      break;
+    case 'o':
+      std::snprintf(buf, sizeof buf, "%lo", static_cast<unsigned long>(bits));
+      break;
+    case 'x':
+      std::snprintf(buf, sizeof buf, "%lx", static_cast<unsigned long>(bits));
+      break;
+    case 'X':
+      std::snprintf(buf, sizeof buf, "%lX", static_cast<unsigned long>(bits));
+      break;
+    case 'c':
+      buf[0] = static_cast<char>(bits);
+      buf[1] = 0;
+      break;
+    default:
+      return false;
+  }
+  out = buf;
+  return true;
+}
+
+template <typename StrT>
+bool FormatInteger(const typename StrT::CharType* specText, UInt32 bits,
+                   bool isSigned, StrT& out) {
+  CFormatSpec spec = DecodeOrDefault(specText);
+  char conversion = spec.conversion;
+  if (conversion == 0 && TextLength(specText) == 0) conversion = 'd';
+  if (!isSigned && conversion == 'u') conversion = 'd';
+  CStr text;
+  if (!IntegerText(bits, isSigned, conversion, text)) {
+    TERN_FAIL("bad format character");
+    IntegerText(bits, isSigned, 'd', text);
+  }
+  Assign(out, text.Chars());
+  Pad(out, spec);  // the fill goes in front of a sign too
+  return true;
+}
+
+}  // namespace
+
+template <typename Ch>
+bool DecodeFormatSpec(const Ch* fmtSpecStr, CFormatSpec& fmtSpec) {
+  fmtSpec = CFormatSpec();
+  const Ch* p = fmtSpecStr ? fmtSpecStr : nullptr;
+  if (!p) return true;
+  if (TextLength(p) > cMaxSpecLength) return false;
+  if (*p == '0') {
+    fmtSpec.fill = '0';
+    ++p;
+  }
+  while (*p >= '0' && *p <= '9')
+    fmtSpec.width = fmtSpec.width * 10 + (*p++ - '0');
+  if (*p == 0) return true;
+  switch (*p) {
+    case 'd':
+    case 'o':
+    case 'u':
+    case 'x':
+    case 'X':
+    case 'c':
+      fmtSpec.conversion = static_cast<char>(*p++);
+      return *p == 0;
+    default:
+      return false;
+  }
+}
+
+template bool DecodeFormatSpec(const char*, CFormatSpec&);
+template bool DecodeFormatSpec(const char16_t*, CFormatSpec&);
+
+template <typename Ch>
+CBasicFormat<Ch>::CBasicFormat(const Ch* templ, const char* delims,
+                               UInt32 flags)
+    : mText(templ) {
+  if (delims) {
+    TERN_ASSERT(Str::Length(delims) == 2);
+    if (Str::Length(delims) == 2) {
+      mOpen = static_cast<unsigned char>(delims[0]);
+      mClose = static_cast<unsigned char>(delims[1]);
+    }
+  }
+  if (!(flags & fmtNoGlobalExpansion))
+    CVarList::Global().Expand(
+        mText, delims && Str::Length(delims) == 2 ? delims : nullptr);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::TakePlaceholder(const Ch* var, Int& pos, StrT& spec) {
+  const Int nameLen = TextLength(var);
+  for (Int open = mText.Find(mOpen, pos); open >= 0;
+       open = mText.Find(mOpen, open + 1)) {
+    Int after = open + 1;
+    if (mText.Length() - after < nameLen || mText.Mid(after, nameLen) != var)
+      continue;
+    Int end = after + nameLen;
+    spec.Clear();
+    if (end < mText.Length() && mText[end] == ':') {
+      Int close = mText.Find(mClose, end + 1);
+      if (close < 0 || close - (end + 1) > cMaxSpecLength) continue;
+      spec = mText.Mid(end + 1, close - (end + 1));
+      end = close;
+    }
+    if (end >= mText.Length() || mText[end] != mClose) continue;
+    mText.Remove(open, end + 1 - open);
+    pos = open;
+    return true;
+  }
+  return false;
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::Item(const Ch* var, const void* item,
+                            FormatFunction fmtFunc) {
+  if (!(var && (TextLength(var) > 0)))
+    TERN_FAIL("var && (Str::Length(var) > 0)");
+  TERN_ASSERT(item);
+  TERN_ASSERT(fmtFunc);
+  if (!var || TextLength(var) == 0 || !item || !fmtFunc) return false;
+  bool replaced = false;
+  Int pos = 0;
+  StrT spec, out;
+  while (TakePlaceholder(var, pos, spec)) {
+    out.Clear();
+    if (fmtFunc(spec.Chars(), item, out)) {
+      mText.Insert(pos, out.Chars(), out.Length());
+      pos += out.Length();  // what was inserted is not searched again
+    }
+    replaced = true;
+  }
+  return replaced;
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::Item(const Ch* var, const Ch* text) {
+  return Item(var, text, FormatString);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::Item(const Ch* var, Int32 value) {
+  return Item(var, &value, FormatInt32);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::Item(const Ch* var, UInt32 value) {
+  return Item(var, &value, FormatUInt32);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::Item(const Ch* var, double value) {
+  return Item(var, &value, FormatDouble);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::Item(const Ch* var, bool value) {
+  return Item(var, &value, FormatBool);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::FormatString(const Ch* spec, const void* item,
+                                    StrT& out) {
+  CFormatSpec decoded = DecodeOrDefault(spec);
+  out = static_cast<const Ch*>(item);
+  Pad(out, decoded);  // the conversion letter means nothing for text
+  return true;
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::FormatInt32(const Ch* spec, const void* item,
+                                   StrT& out) {
+  return FormatInteger(
+      spec, static_cast<UInt32>(*static_cast<const Int32*>(item)), true, out);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::FormatUInt32(const Ch* spec, const void* item,
+                                    StrT& out) {
+  return FormatInteger(spec, *static_cast<const UInt32*>(item), false, out);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::FormatDouble(const Ch* spec, const void* item,
+                                    StrT& out) {
+  CFormatSpec decoded = DecodeOrDefault(spec);
+  char buf[64];
+  std::snprintf(buf, sizeof buf, "%g", *static_cast<const double*>(item));
+  Assign(out, buf);
+  Pad(out, decoded);
+  return true;
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::FormatBool(const Ch* spec, const void* item, StrT& out) {
+  CFormatSpec decoded = DecodeOrDefault(spec);
+  Assign(out, *static_cast<const bool*>(item) ? "True" : "False");
+  Pad(out, decoded);
+  return true;
+}
+
+template class CBasicFormat<char>;
+template class CBasicFormat<char16_t>;
+
+}  // namespace Tern

@@ -1,0 +1,2 @@
+// Carries GermanVersion.rc; it is read, never run.
+int main() { return 0; }

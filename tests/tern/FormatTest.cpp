@@ -1,0 +1,121 @@
+#include <string>
+
+#include "TFormat.h"
+#include "TVarList.h"
+#include "TestSupport.h"
+
+using namespace Tern;
+
+namespace {
+
+const UInt32 cPlain = CFormat::fmtNoGlobalExpansion;
+
+std::string Int32Text(const char* templ, Int32 value) {
+  CFormat f(templ, nullptr, cPlain);
+  f.Item("N", value);
+  return f.Result().Chars();
+}
+
+}  // namespace
+
+TEST(Format, IntegerConversionsAndPadding) {
+  EXPECT_EQ("0x80000002",
+            Int32Text("0x<N:08X>", static_cast<Int32>(0x80000002u)));
+  EXPECT_EQ("0x00000005", Int32Text("0x<N:08X>", 5));
+  EXPECT_EQ("03", Int32Text("<N:02d>", 3));
+  EXPECT_EQ("123", Int32Text("<N:02d>", 123));  // width is a minimum
+  EXPECT_EQ("00-5", Int32Text("<N:04d>", -5));  // fill before the sign
+  EXPECT_EQ("  -5", Int32Text("<N:4d>", -5));
+  EXPECT_EQ("-5", Int32Text("<N>", -5));
+  EXPECT_EQ("0", Int32Text("<N>", 0));
+  EXPECT_EQ("ffffffff", Int32Text("<N:x>", -1));
+  EXPECT_EQ("17", Int32Text("<N:o>", 15));
+  EXPECT_EQ("A", Int32Text("<N:c>", 'A'));
+  EXPECT_EQ("a=7, b=7", Int32Text("a=<N>, b=<N:d>", 7));
+}
+
+TEST(Format, BadConversionsAssertAndPrintDecimal) {
+  EXPECT_ASSERTION(Int32Text("<N:u>", 5), "bad format character");
+  EXPECT_ASSERTION(Int32Text("<N:5>", 5), "bad format character");
+  EXPECT_ASSERTION(Int32Text("<N:5q>", 5),
+                   "DecodeFormatSpec(fmtSpecStr,fmtSpec)");
+  TestSupport::ReportingAssertions reporting;
+  EXPECT_EQ("42", Int32Text("<N:u>", 42));
+  EXPECT_EQ("    5", Int32Text("<N:5>", 5));
+  EXPECT_EQ("5", Int32Text("<N:5q>", 5));  // defaults after a bad spec
+}
+
+TEST(Format, SpecLimitAndUnknownNames) {
+  // A spec of 11 characters makes the placeholder not match at all.
+  EXPECT_EQ("<N:12345678901d>", Int32Text("<N:12345678901d>", 1));
+  // Ten characters is still a spec.
+  EXPECT_EQ("0000000001", Int32Text("<N:000000010d>", 1));
+  EXPECT_EQ("a<b>c", Int32Text("a<b>c", 1));
+  EXPECT_EQ("<Nx> <N", Int32Text("<Nx> <N", 1));
+  EXPECT_EQ("<N:3d", Int32Text("<N:3d", 1));
+  CFormat f("nothing here", nullptr, cPlain);
+  EXPECT_FALSE(f.Item("N", static_cast<Int32>(1)));
+}
+
+TEST(Format, StringsAndOtherItems) {
+  CFormat f("[<S:5>] [<S:d>] [<S>] <U:X> <D> <B:6>", nullptr, cPlain);
+  EXPECT_TRUE(f.Item("S", "ab"));
+  f.Item("U", static_cast<UInt32>(0xBEEF));
+  f.Item("D", 2.5);
+  f.Item("B", true);
+  EXPECT_STREQ("[   ab] [ab] [ab] BEEF 2.5   True", f.Result().Chars());
+
+  CFormat u("<U> <U:u>", nullptr, cPlain);
+  u.Item("U", static_cast<UInt32>(4000000000u));
+  EXPECT_STREQ("4000000000 4000000000", u.Result().Chars());
+
+  // Items whose text holds the placeholder are not formatted again.
+  CFormat loop("<S>", nullptr, cPlain);
+  loop.Item("S", "<S><S>");
+  EXPECT_STREQ("<S><S>", loop.Result().Chars());
+
+  EXPECT_ASSERTION(CFormat("x", "<", cPlain), "Str::Length(delims) == 2");
+  CFormat checks("x", nullptr, cPlain);
+  EXPECT_ASSERTION(checks.Item("", "v"), "var && (Str::Length(var) > 0)");
+  EXPECT_ASSERTION(checks.Item("N", nullptr, CFormat::FormatString), "item");
+  EXPECT_ASSERTION(checks.Item("N", "v", nullptr), "fmtFunc");
+}
+
+TEST(Format, OtherDelimitersAndGlobalExpansion) {
+  CVarList::Global().Set("FmtTestApp", "Zendra");
+  CVarList::Global().Set("FmtTestSetup", "<FmtTestApp> Setup");
+
+  CFormat square("<N> [N] [FmtTestApp]", "[]");
+  square.Item("N", static_cast<Int32>(9));
+  EXPECT_STREQ("<N> 9 Zendra", square.Result().Chars());
+
+  CFormat nested("<FmtTestSetup> needs <KB:d>K", nullptr);
+  nested.Item("KB", static_cast<Int32>(512));
+  EXPECT_STREQ("Zendra Setup needs 512K", nested.Result().Chars());
+
+  CFormat plain("<FmtTestApp>", nullptr, cPlain);
+  EXPECT_STREQ("<FmtTestApp>", plain.Result().Chars());
+
+  CWFormat wide(u"<FmtTestSetup>: <N:03d> <S:4>");
+  wide.Item(u"N", static_cast<Int32>(7));
+  wide.Item(u"S", u"\u00e9t\u00e9");
+  EXPECT_TRUE(wide.Result() == u"Zendra Setup: 007  \u00e9t\u00e9");
+}
+
+TEST(Format, DecodeFormatSpec) {
+  CFormatSpec spec;
+  EXPECT_TRUE(DecodeFormatSpec("08X", spec));
+  EXPECT_EQ('0', spec.fill);
+  EXPECT_EQ(8, spec.width);
+  EXPECT_EQ('X', spec.conversion);
+  EXPECT_TRUE(DecodeFormatSpec("", spec));
+  EXPECT_EQ(' ', spec.fill);
+  EXPECT_EQ(0, spec.width);
+  EXPECT_EQ(0, spec.conversion);
+  EXPECT_TRUE(DecodeFormatSpec("12", spec));
+  EXPECT_EQ(12, spec.width);
+  EXPECT_FALSE(DecodeFormatSpec("x5", spec));
+  EXPECT_FALSE(DecodeFormatSpec("5dd", spec));
+  EXPECT_FALSE(DecodeFormatSpec("12345678901", spec));
+  EXPECT_TRUE(DecodeFormatSpec(u"02d", spec));
+}
