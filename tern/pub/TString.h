@@ -8,6 +8,7 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <utility>
 
 #include "TTypes.h"
 
@@ -94,6 +95,10 @@ class CStr : public CBasicStr<char> {
  public:
   using CBasicStr<char>::CBasicStr;
   using CBasicStr<char>::operator=;
+  CStr() = default;
+  CStr(const CBasicStr<char>& text) : CBasicStr<char>(text) {}  // NOLINT
+  CStr(CBasicStr<char>&& text) noexcept
+      : CBasicStr<char>(std::move(text)) {}  // NOLINT
 
   // printf-style formatting, replacing the content.
   void Format(const char* format, ...)
@@ -113,6 +118,11 @@ class CWStr : public CBasicStr<char16_t> {
  public:
   using CBasicStr<char16_t>::CBasicStr;
   using CBasicStr<char16_t>::operator=;
+  CWStr() = default;
+  CWStr(const CBasicStr<char16_t>& text)
+      : CBasicStr<char16_t>(text) {}          // NOLINT
+  CWStr(CBasicStr<char16_t>&& text) noexcept  // NOLINT
+      : CBasicStr<char16_t>(std::move(text)) {}
 
   // wprintf-style formatting: %s takes 8-bit text, %ls is not portable.
   void Format(const char16_t* format, ...);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include "Platform.h"
 #include "TError.h"
@@ -36,6 +37,13 @@ void RaiseAssertionException() {
 }
 
 void ExitProcess(Int code) { std::exit(code); }
+
+unsigned long long TickCount() {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<unsigned long long>(now.tv_sec) * 1000 +
+         now.tv_nsec / 1000000;
+}
 CStr SystemErrorText(UInt32) { return CStr(); }
 
 void SetAssertionHandler(AssertionHandler handler) {

@@ -41,6 +41,8 @@ void RaiseAssertionException() { ::RaiseException(1, 0, 0, nullptr); }
 
 void ExitProcess(Int code) { ::ExitProcess(static_cast<UINT>(code)); }
 
+unsigned long long TickCount() { return ::GetTickCount(); }
+
 CStr SystemErrorText(UInt32 number) {
   char buf[200] = "";
   DWORD n = ::FormatMessageA(

@@ -23,6 +23,9 @@ AssertAnswer AskAboutAssertion(const char* text, const char* caption);
 void RaiseAssertionException();
 void ExitProcess(Int code);
 
+// Milliseconds since some fixed moment (system start on Windows).
+unsigned long long TickCount();
+
 // The system's own message text for an error number (may be empty).
 CStr SystemErrorText(UInt32 number);
 

@@ -1,0 +1,170 @@
+// Paths and the file-system abstraction.
+//
+// A CPath holds one canonical text, "[volume]component\component", and the
+// path definition that gives its syntax. CFileSystem is the abstract file
+// system; CLocalFileSystem (TLocalFileSystem.h) is its one concrete kind.
+#pragma once
+
+#include "TError.h"
+#include "TString.h"
+#include "TTypes.h"
+
+namespace Tern {
+
+class CFSPathDefinition;
+
+class CPath {
+ public:
+  enum ComponentType : Int {
+    ctVolume = 0,     // "[C:\]"
+    ctDir = 1,        // the containing directory: the path less its last part
+    ctFile = 2,       // the last part: file name with extension
+    ctName = 3,       // the last part without its extension
+    ctExtension = 4,  // the extension, without its delimiter
+    ctDirName = 5,    // the name of the containing directory
+    ctExtra = 6,      // everything after the volume, as a relative path
+  };
+
+  CPath() = default;
+  // Sets the path from an operating-system string (see Set).
+  explicit CPath(const char* pathStr);
+
+  bool IsValid() const;
+  bool IsFullPath() const;
+  const CStr& Text() const { return mText; }
+  const CFSPathDefinition* Definition() const { return mDef; }
+
+  // From an operating-system string: "/" becomes the definition's delimiter
+  // and the volume found by the definition stands between the brackets.
+  CError Set(const char* pathStr);
+  // From a volume text and components joined by "/".
+  CError SetFromComponents(const char* volume, const char* components);
+
+  // Appends a relative path, component by component.
+  CError Append(const CPath& path);
+  // Appends one component; never a sub-path nor a full path.
+  CError AppendComponent(const char* component);
+
+  CError GetComponent(Int kind, CPath& result) const;
+  CError GetComponentString(Int kind, CStr& result) const;
+
+  // Replaces or adds the extension of the last component (no delimiter).
+  CError SetExtension(const char* extension);
+
+  // The text after "]".
+  CStr ExtraPart() const;
+  CStr VolumePart() const;
+
+  // For display: at most `maxLen` characters; leading components go first,
+  // then the text is cut and " ..." appended. With a reference path in the
+  // same directory only the name is shown.
+  CStr DisplayText(Int maxLen, const CPath* reference = nullptr) const;
+
+  // The volume followed by the extra part, as the platform wants it.
+  CStr OSToPathString() const;
+  CError OSToPathString(CStr& out) const;
+
+  bool operator==(const CPath& other) const { return mText == other.mText; }
+  bool operator!=(const CPath& other) const { return !(*this == other); }
+
+ private:
+  friend class CLocalFSPathDefinition;
+  bool CheckValid() const;
+
+  CStr mText;
+  const CFSPathDefinition* mDef = nullptr;
+};
+
+// The syntax of a kind of path.
+class CFSPathDefinition {
+ public:
+  virtual ~CFSPathDefinition() = default;
+  // The volume of `pathPart` into `volume`; its length, or -1 for none.
+  virtual Int ParseVolume(const char* pathPart, CStr& volume) const = 0;
+  virtual CError MakeOSString(const CPath& path, CStr& out) const = 0;
+  virtual CError SetFromOSString(CPath& path, const char* pathStr) const = 0;
+  virtual char GetDirDelim() const = 0;
+  virtual char GetExtDelim() const = 0;
+  virtual Int MaxPathLength() const = 0;
+  virtual Int MaxComponentLength() const = 0;
+};
+
+// Local paths: drive letters, UNC shares, rooted paths; backslash delimiter.
+class CLocalFSPathDefinition : public CFSPathDefinition {
+ public:
+  static const CLocalFSPathDefinition& Instance();
+
+  Int ParseVolume(const char* pathPart, CStr& volume) const override;
+  CError MakeOSString(const CPath& path, CStr& out) const override;
+  CError SetFromOSString(CPath& path, const char* pathStr) const override;
+  char GetDirDelim() const override { return '\\'; }
+  char GetExtDelim() const override { return '.'; }
+  Int MaxPathLength() const override { return 259; }
+  Int MaxComponentLength() const override { return 255; }
+};
+
+// The abstract file system. Operations return a status; the item-type query
+// answers S_FSIsDirectory or S_FSIsFile, and an error for a missing item.
+// (Names avoid the platform's macros: DeleteFile, CreateDirectory, ...)
+class CFileSystem {
+ public:
+  // Called for every entry of a directory walk; a failure stops the walk.
+  class CVisitor {
+   public:
+    virtual ~CVisitor() = default;
+    virtual CError Visit(CFileSystem& fs, const CPath& entry) = 0;
+  };
+
+  virtual ~CFileSystem() = default;
+
+  // A name "<prefix><20 hex digits>" in `dir` under which nothing exists yet.
+  // Nothing is created.
+  virtual CError GetTempName(const CPath& dir, const char* prefix,
+                             CPath& result);
+  virtual CError MakeFullPath(const CPath& path, CPath& full) = 0;
+  // The directory and everything in it.
+  virtual CError DeleteDirectory(const CPath& dir, bool force = false);
+  // Everything in the directory, which stays.
+  virtual CError DeleteDirectoryContents(const CPath& dir, bool force = false);
+  virtual CError GetTempNameBeside(const CPath& path, const char* prefix,
+                                   CPath& result);
+  virtual CError RemoveFile(const CPath& file, bool force = false) = 0;
+  // Into a directory (keeping the name) or onto a name.
+  virtual CError Copy(const CPath& src, const CPath& dest, bool overwrite);
+  virtual CError Move(const CPath& src, const CPath& dest);
+  virtual CError GetFileSize(const CPath& file, UInt32& size) = 0;
+  virtual CError GetAttribute(const CPath& path, Int kind, bool& set) = 0;
+  virtual CError SetAttribute(const CPath& path, Int kind, bool set) = 0;
+  virtual CError GetItemType(const CPath& path) = 0;
+  virtual CError RequireFile(const CPath& path);
+  virtual CError RequireDirectory(const CPath& path);
+  virtual CError IsDirectoryEmpty(const CPath& dir,
+                                  const char* patternStr = "*") = 0;
+  virtual CError EnumerateDirectory(const CPath& dir, const char* patternStr,
+                                    CVisitor& visitor) = 0;
+  virtual CError MakeDirectory(const CPath& dir) = 0;
+  virtual CError RemoveEmptyDirectory(const CPath& dir) = 0;
+  virtual CError Rename(const CPath& from, const CPath& to) = 0;
+  virtual CError CopyOneFile(const CPath& src, const CPath& destPath,
+                             bool overwrite) = 0;
+  virtual CError MoveOneFile(const CPath& src, const CPath& dest) = 0;
+
+  // Creates `dir` and any missing folders above it; an existing folder is
+  // no error.
+  CError CreateDirectoryPath(const CPath& dir);
+};
+
+// Empties a directory depth first: subdirectories with everything in them,
+// files as met. The first failure stops the walk and is kept.
+class CDeleteDirectoryVisitor : public CFileSystem::CVisitor {
+ public:
+  explicit CDeleteDirectoryVisitor(bool force) : mForce(force) {}
+  CError Visit(CFileSystem& fs, const CPath& entry) override;
+  CError Result() const { return mResult; }
+
+ private:
+  bool mForce;
+  CError mResult = Ok;
+};
+
+}  // namespace Tern
