@@ -149,9 +149,85 @@ class CFileSystem {
                              bool overwrite) = 0;
   virtual CError MoveOneFile(const CPath& src, const CPath& dest) = 0;
 
+  // Queries by file name (operating-system text): the item type, and with a
+  // result path also that path.
+  virtual CError QueryFile(const char* filename);
+  virtual CError QueryFile(const char* filename, CPath& queryResult);
+  // Creates an empty file named "tmp..." in `dir`.
+  virtual CError MakeTempFile(const CPath& dir, CPath& result);
+  // Renames within the same directory.
+  virtual CError Rename(const CPath& from, const char* newName);
+
   // Creates `dir` and any missing folders above it; an existing folder is
   // no error.
   CError CreateDirectoryPath(const CPath& dir);
+};
+
+// The local file system, and the special directories of the platform.
+class CLocalFileSystem : public CFileSystem {
+ public:
+  enum DirType : Int {
+    dtTempDir = 0,
+    dtDebugLogDir,
+    dtFontsDir,
+    dtAppDir,
+    dtAppPrivateDir,
+    dtModuleDir,
+    dtUserAppDataDir,
+    dtMachineAppDataDir,
+    dtUserDocDir,
+    dtCurrentDir,
+    dtLogDir,
+    dtWinOSDir,
+    dtWinProgramFilesDir,
+    dtWinCommonFilesDir,
+  };
+  enum VolumeType : Int {
+    vtUnknown = 0,
+    vtFixed,
+    vtRemovable,
+    vtCDROM,
+    vtRAMDisk,
+    vtNetwork,
+  };
+  enum AttributeKind : Int { akReadOnly = 1, akHidden = 2, akSystem = 3 };
+  enum TimeKind : Int { tkCreation = 0, tkLastWrite = 1 };
+
+  static CLocalFileSystem& Instance();
+
+  // By type, or by its name ("TempDir", "FontsDir", ...; case-sensitive).
+  CError GetDirectory(Int dirType, CPath& dir);
+  CError GetDirectory(const char* dirName, CPath& dir);
+  CError GetVolumeFreeSpace(const CPath& path, unsigned long long& bytes);
+  CError GetVolumeType(const CPath& path, Int& type);
+  // Only command-line programs have a current directory to use.
+  CError GetCurrentDir(CPath& dir);
+  // 100-nanosecond intervals since 1601 (the platform's file time).
+  CError GetFileTime(const CPath& file, Int kind, unsigned long long& time);
+
+  CError MakeFullPath(const CPath& path, CPath& full) override;
+  CError RemoveFile(const CPath& file, bool force = false) override;
+  CError GetFileSize(const CPath& file, UInt32& size) override;
+  CError GetAttribute(const CPath& path, Int kind, bool& set) override;
+  CError SetAttribute(const CPath& path, Int kind, bool set) override;
+  CError GetItemType(const CPath& path) override;
+  CError IsDirectoryEmpty(const CPath& dir,
+                          const char* patternStr = "*") override;
+  CError EnumerateDirectory(const CPath& dir, const char* patternStr,
+                            CVisitor& visitor) override;
+  CError MakeDirectory(const CPath& dir) override;
+  CError RemoveEmptyDirectory(const CPath& dir) override;
+  CError Rename(const CPath& from, const CPath& to) override;
+  using CFileSystem::Rename;
+  CError CopyOneFile(const CPath& src, const CPath& destPath,
+                     bool overwrite) override;
+  CError MoveOneFile(const CPath& src, const CPath& dest) override;
+
+  // The directory type of a name; -1 for an unknown name.
+  static Int DirTypeFromName(const char* dirName);
+
+ private:
+  CError ResolveDirectory(Int dirType, CPath& dir);
 };
 
 // Empties a directory depth first: subdirectories with everything in them,

@@ -1,8 +1,7 @@
 #include <windows.h>
 
-#include <string>
-
 #include "FileHandle.h"
+#include "TFileSystem.h"
 #include "TStream.h"
 
 namespace Tern {
@@ -28,17 +27,12 @@ DWORD CreationDisposition(UInt32 disposition) {
 
 }  // namespace
 
+// Through the local file system, which makes every missing level.
 CError CreateParentFolders(const char* osPath) {
-  std::string path(osPath ? osPath : "");
-  for (std::size_t i = 1; i < path.size(); ++i) {
-    if (path[i] != '\\' && path[i] != '/') continue;
-    if (path[i - 1] == ':') continue;  // the drive's root
-    std::string folder = path.substr(0, i);
-    if (!::CreateDirectoryA(folder.c_str(), nullptr) &&
-        ::GetLastError() != ERROR_ALREADY_EXISTS)
-      return LastError();
-  }
-  return Ok;
+  CPath dir;
+  CError err = CPath(osPath).GetComponent(CPath::ctDir, dir);
+  return Failed(err) ? err
+                     : CLocalFileSystem::Instance().CreateDirectoryPath(dir);
 }
 
 bool CFileHandle::IsOpen() const { return mHandle != INVALID_HANDLE_VALUE; }

@@ -4,6 +4,7 @@
 #include "TErrorHandler.h"
 #include "TFileSystem.h"
 #include "TStr.h"
+#include "TStream.h"
 
 namespace Tern {
 
@@ -418,6 +419,38 @@ CError CFileSystem::CreateDirectoryPath(const CPath& dir) {
   }
   CError err = MakeDirectory(dir);
   return err == E_AlreadyExists ? Ok : err;
+}
+
+CError CFileSystem::QueryFile(const char* filename) {
+  CPath ignored;
+  return QueryFile(filename, ignored);
+}
+
+CError CFileSystem::QueryFile(const char* filename, CPath& queryResult) {
+  if (filename == 0) {
+    TERN_FAIL("filename != 0");
+    return E_BadArgument;
+  }
+  CPath path(filename);
+  CError type = GetItemType(path);
+  if (Succeeded(type)) queryResult = path;
+  return type;
+}
+
+CError CFileSystem::MakeTempFile(const CPath& dir, CPath& result) {
+  CError err = GetTempName(dir, "tmp", result);
+  if (Failed(err)) return err;
+  CFileStream file;
+  err = file.Open(result.OSToPathString().Chars(), fsmCreateNew | smWriteOnly);
+  file.Close();
+  return err;
+}
+
+CError CFileSystem::Rename(const CPath& from, const char* newName) {
+  CPath to;
+  CError err = from.GetComponent(CPath::ctDir, to);
+  if (Succeeded(err)) err = to.AppendComponent(newName);
+  return Failed(err) ? err : Rename(from, to);
 }
 
 CError CDeleteDirectoryVisitor::Visit(CFileSystem& fs, const CPath& entry) {

@@ -1,0 +1,388 @@
+#include <shlobj.h>
+#include <windows.h>
+
+#include "FileHandle.h"
+#include "TApplication.h"
+#include "TFileSystem.h"
+#include "TRegistry_Win.h"
+#include "TStr.h"
+
+namespace Tern {
+
+namespace {
+
+CError LastError() { return ErrorFromWindows(::GetLastError()); }
+
+// Closes a find handle whatever way the walk ends.
+class CFindHandle {
+ public:
+  explicit CFindHandle(HANDLE handle) : mHandle(handle) {}
+  ~CFindHandle() {
+    if (IsValid()) ::FindClose(mHandle);
+  }
+  CFindHandle(const CFindHandle&) = delete;
+  CFindHandle& operator=(const CFindHandle&) = delete;
+  bool IsValid() const { return mHandle != INVALID_HANDLE_VALUE; }
+  HANDLE Get() const { return mHandle; }
+
+ private:
+  HANDLE mHandle;
+};
+
+class CKernelHandle {
+ public:
+  explicit CKernelHandle(HANDLE handle) : mHandle(handle) {}
+  ~CKernelHandle() {
+    if (IsValid()) ::CloseHandle(mHandle);
+  }
+  CKernelHandle(const CKernelHandle&) = delete;
+  CKernelHandle& operator=(const CKernelHandle&) = delete;
+  bool IsValid() const { return mHandle != INVALID_HANDLE_VALUE; }
+  HANDLE Get() const { return mHandle; }
+
+ private:
+  HANDLE mHandle;
+};
+
+bool IsDotEntry(const char* name) {
+  return Str::Equal(name, ".") || Str::Equal(name, "..");
+}
+
+CError SetFromBuffer(CPath& dir, const char* buf, DWORD n, DWORD size) {
+  if (n == 0 || n >= size) return n == 0 ? LastError() : E_BadArgument;
+  return dir.Set(buf);
+}
+
+CError ShellFolder(int csidl, CPath& dir) {
+  char buf[MAX_PATH] = "";
+  if (FAILED(::SHGetFolderPathA(nullptr, csidl, nullptr, 0, buf)) || !buf[0])
+    return Failure;
+  return dir.Set(buf);
+}
+
+CError ModuleFolder(HMODULE module, CPath& dir) {
+  char buf[MAX_PATH] = "";
+  DWORD n = ::GetModuleFileNameA(module, buf, sizeof buf);
+  CPath file;
+  CError err = SetFromBuffer(file, buf, n, sizeof buf);
+  return Failed(err) ? err : file.GetComponent(CPath::ctDir, dir);
+}
+
+bool IsCommandLineApp() {
+  CExecModule* module = CExecModule::Instance();
+  return module && module->IsCommandLineApp();
+}
+
+UInt32 AttributeBit(Int kind) {
+  switch (kind) {
+    case CLocalFileSystem::akReadOnly:
+      return FILE_ATTRIBUTE_READONLY;
+    case CLocalFileSystem::akHidden:
+      return FILE_ATTRIBUTE_HIDDEN;
+    case CLocalFileSystem::akSystem:
+      return FILE_ATTRIBUTE_SYSTEM;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+// ---- Special directories
+// ------------------------------------------------------
+
+CError CLocalFileSystem::GetDirectory(Int dirType, CPath& dir) {
+  if (dirType == dtDebugLogDir) {
+    static bool noticed = false;
+    if (!noticed) {
+      noticed = true;
+      TERN_FAIL("Debug log directory being used.");
+    }
+  }
+  return ResolveDirectory(dirType, dir);
+}
+
+CError CLocalFileSystem::ResolveDirectory(Int dirType, CPath& dir) {
+  char buf[MAX_PATH] = "";
+  switch (dirType) {
+    case dtTempDir:
+      return SetFromBuffer(dir, buf, ::GetTempPathA(260, buf), 260);
+    case dtDebugLogDir:
+    case dtAppDir:
+    case dtAppPrivateDir:
+      return ModuleFolder(nullptr, dir);
+    case dtModuleDir: {
+      auto* app = dynamic_cast<CGUIApplication*>(CApplication::Current());
+      return ModuleFolder(
+          app ? static_cast<HMODULE>(app->ModuleHandle()) : nullptr, dir);
+    }
+    case dtFontsDir:
+    case dtUserAppDataDir:
+    case dtLogDir: {
+      const bool fonts = dirType == dtFontsDir;
+      CError err = ShellFolder(fonts ? CSIDL_FONTS : CSIDL_APPDATA, dir);
+      if (Succeeded(err)) return err;
+      // Fall back to the folder below Windows, if it is there.
+      CPath fallback;
+      if (Succeeded(ResolveDirectory(dtWinOSDir, fallback)) &&
+          Succeeded(
+              fallback.AppendComponent(fonts ? "Fonts" : "Application Data")) &&
+          GetItemType(fallback) == S_FSIsDirectory) {
+        dir = fallback;
+        return Ok;
+      }
+      return err;
+    }
+    case dtUserDocDir:
+      return ShellFolder(CSIDL_PERSONAL, dir);
+    case dtCurrentDir:
+      if (!IsCommandLineApp()) {
+        TERN_FAIL("only command-line apps support current directory access");
+        return Failure;
+      }
+      return SetFromBuffer(dir, buf, ::GetCurrentDirectoryA(260, buf), 260);
+    case dtWinOSDir:
+      return SetFromBuffer(dir, buf, ::GetWindowsDirectoryA(buf, 260), 260);
+    case dtWinProgramFilesDir:
+    case dtWinCommonFilesDir: {
+      const char* regPath =
+          "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion";
+      CStr value;
+      if (!CWinRegKey::ReadString(regPath,
+                                  dirType == dtWinProgramFilesDir
+                                      ? "ProgramFilesDir"
+                                      : "CommonFilesDir",
+                                  value))
+        return Failure;
+      return dir.Set(value.Chars());
+    }
+    default:  // dtMachineAppDataDir has no place on this platform
+      TERN_FAIL("bad dir type");
+      return E_BadArgument;
+  }
+}
+
+CError CLocalFileSystem::GetCurrentDir(CPath& dir) {
+  if (!IsCommandLineApp()) {
+    TERN_FAIL("no current dir support");
+    return Failure;
+  }
+  return ResolveDirectory(dtCurrentDir, dir);
+}
+
+CError CLocalFileSystem::MakeFullPath(const CPath& path, CPath& full) {
+  if (!path.IsValid()) return E_BadArgument;
+  if (path.IsFullPath()) {
+    full = path;
+    return Ok;
+  }
+  if (!IsCommandLineApp()) {
+    TERN_FAIL("no current dir support");
+    return Failure;
+  }
+  char buf[MAX_PATH] = "";
+  DWORD n = ::GetFullPathNameA(path.OSToPathString().Chars(), sizeof buf, buf,
+                               nullptr);
+  return SetFromBuffer(full, buf, n, sizeof buf);
+}
+
+CError CLocalFileSystem::GetVolumeFreeSpace(const CPath& path,
+                                            unsigned long long& bytes) {
+  if (!path.IsValid()) return E_BadArgument;
+  DWORD sectorsPerCluster = 0, bytesPerSector = 0, freeClusters = 0, total = 0;
+  CStr root = path.VolumePart();
+  if (!::GetDiskFreeSpaceA(root.IsEmpty() ? nullptr : root.Chars(),
+                           &sectorsPerCluster, &bytesPerSector, &freeClusters,
+                           &total))
+    return LastError();
+  bytes = static_cast<unsigned long long>(sectorsPerCluster) * bytesPerSector *
+          freeClusters;
+  return Ok;
+}
+
+CError CLocalFileSystem::GetVolumeType(const CPath& path, Int& type) {
+  if (!path.IsValid()) return E_BadArgument;
+  CStr root = path.VolumePart();
+  switch (::GetDriveTypeA(root.IsEmpty() ? nullptr : root.Chars())) {
+    case DRIVE_UNKNOWN:
+      type = vtUnknown;
+      return Ok;
+    case DRIVE_FIXED:
+      type = vtFixed;
+      return Ok;
+    case DRIVE_REMOVABLE:
+      type = vtRemovable;
+      return Ok;
+    case DRIVE_CDROM:
+      type = vtCDROM;
+      return Ok;
+    case DRIVE_RAMDISK:
+      type = vtRAMDisk;
+      return Ok;
+    case DRIVE_REMOTE:
+      type = vtNetwork;
+      return Ok;
+    case DRIVE_NO_ROOT_DIR:
+      return Failure;
+    default:
+      TERN_FAIL("Unknown volume type.");
+      return E_BadArgument;
+  }
+}
+
+// ---- Files and directories
+// ----------------------------------------------------
+
+CError CLocalFileSystem::RemoveFile(const CPath& file, bool force) {
+  if (!file.IsValid()) return E_BadArgument;
+  CStr os = file.OSToPathString();
+  if (force) {
+    DWORD attributes = ::GetFileAttributesA(os.Chars());
+    if (attributes != INVALID_FILE_ATTRIBUTES &&
+        (attributes & FILE_ATTRIBUTE_READONLY))
+      ::SetFileAttributesA(os.Chars(), attributes & ~FILE_ATTRIBUTE_READONLY);
+  }
+  return ::DeleteFileA(os.Chars()) ? Ok : LastError();
+}
+
+CError CLocalFileSystem::GetFileSize(const CPath& file, UInt32& size) {
+  if (!file.IsValid()) return E_BadArgument;
+  CFileHandle handle;
+  CError err = handle.Open(file.OSToPathString().Chars(), true, false,
+                           0 /* open existing */);
+  Int length = 0;
+  if (Succeeded(err)) err = handle.Size(length);
+  if (Succeeded(err)) size = static_cast<UInt32>(length);
+  return err;
+}
+
+CError CLocalFileSystem::GetFileTime(const CPath& file, Int kind,
+                                     unsigned long long& time) {
+  if (!file.IsValid()) return E_BadArgument;
+  if (kind != tkCreation && kind != tkLastWrite) {
+    TERN_FAIL("bad time type");
+    return E_BadArgument;
+  }
+  CKernelHandle handle(::CreateFileA(file.OSToPathString().Chars(),
+                                     GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!handle.IsValid()) return LastError();
+  FILETIME created, written;
+  if (!::GetFileTime(handle.Get(), &created, nullptr, &written))
+    return LastError();
+  const FILETIME& t = kind == tkCreation ? created : written;
+  time = (static_cast<unsigned long long>(t.dwHighDateTime) << 32) |
+         t.dwLowDateTime;
+  return Ok;
+}
+
+CError CLocalFileSystem::GetAttribute(const CPath& path, Int kind, bool& set) {
+  if (!path.IsValid()) return E_BadArgument;
+  const UInt32 bit = AttributeBit(kind);
+  if (!bit) {
+    TERN_FAIL("bad attribute");
+    return E_BadArgument;
+  }
+  DWORD attributes = ::GetFileAttributesA(path.OSToPathString().Chars());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return LastError();
+  set = (attributes & bit) != 0;
+  return Ok;
+}
+
+CError CLocalFileSystem::SetAttribute(const CPath& path, Int kind, bool set) {
+  if (!path.IsValid()) return E_BadArgument;
+  const UInt32 bit = AttributeBit(kind);
+  if (!bit) {
+    TERN_FAIL("bad attribute");
+    return E_BadArgument;
+  }
+  CStr os = path.OSToPathString();
+  DWORD attributes = ::GetFileAttributesA(os.Chars());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return LastError();
+  attributes = set ? (attributes | bit) : (attributes & ~bit);
+  return ::SetFileAttributesA(os.Chars(), attributes) ? Ok : LastError();
+}
+
+CError CLocalFileSystem::GetItemType(const CPath& path) {
+  if (!path.IsValid()) return E_BadArgument;
+  DWORD attributes = ::GetFileAttributesA(path.OSToPathString().Chars());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return LastError();
+  return (attributes & FILE_ATTRIBUTE_DIRECTORY) ? S_FSIsDirectory : S_FSIsFile;
+}
+
+CError CLocalFileSystem::IsDirectoryEmpty(const CPath& dir,
+                                          const char* patternStr) {
+  TERN_ASSERT(patternStr);
+  if (!dir.IsValid() || !patternStr) return E_BadArgument;
+  CPath pattern = dir;
+  CError err = pattern.AppendComponent(patternStr);
+  if (Failed(err)) return err;
+  WIN32_FIND_DATAA entry;
+  CFindHandle find(::FindFirstFileA(pattern.OSToPathString().Chars(), &entry));
+  if (!find.IsValid()) return LastError();
+  do {
+    if (!IsDotEntry(entry.cFileName)) return E_DirNotEmpty;
+  } while (::FindNextFileA(find.Get(), &entry));
+  return Ok;
+}
+
+CError CLocalFileSystem::EnumerateDirectory(const CPath& dir,
+                                            const char* patternStr,
+                                            CVisitor& visitor) {
+  TERN_ASSERT(patternStr);
+  if (!dir.IsValid() || !patternStr) return E_BadArgument;
+  CPath pattern = dir;
+  CError err = pattern.AppendComponent(patternStr);
+  if (Failed(err)) return err;
+  WIN32_FIND_DATAA entry;
+  CFindHandle find(::FindFirstFileA(pattern.OSToPathString().Chars(), &entry));
+  if (!find.IsValid()) return LastError();
+  do {
+    if (IsDotEntry(entry.cFileName)) continue;
+    CPath item = dir;
+    err = item.AppendComponent(entry.cFileName);
+    if (Succeeded(err)) err = visitor.Visit(*this, item);
+    if (Failed(err)) return err;
+  } while (::FindNextFileA(find.Get(), &entry));
+  DWORD last = ::GetLastError();
+  return last == ERROR_NO_MORE_FILES ? Ok : ErrorFromWindows(last);
+}
+
+CError CLocalFileSystem::MakeDirectory(const CPath& dir) {
+  if (!dir.IsValid()) return E_BadArgument;
+  return ::CreateDirectoryA(dir.OSToPathString().Chars(), nullptr)
+             ? Ok
+             : LastError();
+}
+
+CError CLocalFileSystem::RemoveEmptyDirectory(const CPath& dir) {
+  if (!dir.IsValid()) return E_BadArgument;
+  return ::RemoveDirectoryA(dir.OSToPathString().Chars()) ? Ok : LastError();
+}
+
+CError CLocalFileSystem::Rename(const CPath& from, const CPath& to) {
+  return MoveOneFile(from, to);
+}
+
+CError CLocalFileSystem::CopyOneFile(const CPath& src, const CPath& destPath,
+                                     bool overwrite) {
+  if (!src.IsValid()) return E_BadArgument;
+  if (!destPath.IsValid()) {
+    TERN_FAIL("destPath.IsValid()");
+    return E_BadArgument;
+  }
+  return ::CopyFileA(src.OSToPathString().Chars(),
+                     destPath.OSToPathString().Chars(), !overwrite)
+             ? Ok
+             : LastError();
+}
+
+CError CLocalFileSystem::MoveOneFile(const CPath& src, const CPath& dest) {
+  if (!src.IsValid() || !dest.IsValid()) return E_BadArgument;
+  return ::MoveFileA(src.OSToPathString().Chars(),
+                     dest.OSToPathString().Chars())
+             ? Ok
+             : LastError();
+}
+
+}  // namespace Tern
