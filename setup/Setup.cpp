@@ -2,17 +2,28 @@
 
 #include <windows.h>
 
+#include <cstdlib>
+
+#include "InstallLog.h"
+#include "SetupResource.h"
 #include "TError.h"
+#include "TFormat.h"
+#include "TRegistry_Win.h"
 #include "TVarList.h"
-#include "TVersion.h"
 #include "Version.h"
+#include "ZNInstall.h"
 
 namespace Zendra {
 
+using Tern::CError;
+using Tern::CLocalFileSystem;
 using Tern::CVarList;
+using Tern::CWinRegKey;
 
 const char cSetupCaption[] = "Zendra Setup";
 const char cMutexName[] = "ORV:ZendraSetup";
+const char cProductClassKey[] =
+    "HKEY_CLASSES_ROOT\\CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
 
 namespace {
 
@@ -20,20 +31,47 @@ const char cAlreadyRunning[] = "Zendra Setup is already running.";
 const char cUseAddRemovePrograms[] =
     "To remove Zendra, please use Add/Remove Programs in the Windows Control "
     "Panel.";
-const Tern::UInt32 cErrorAlreadyExists = 183;
+const char cNoPermission[] =
+    "You must have permission to install/uninstall software in order to %s "
+    "Zendra.\nPlease log on with the necessary permission, or contact your "
+    "system administrator for help.";
+const char cNewerVersion[] =
+    "A newer version of Zendra is already installed.\n\nIf you really want to "
+    "install this older version,\nyou must first remove the installed version "
+    "using\nAdd/Remove Programs in the Control Panel.";
+const char cOldInternetExplorer[] =
+    "Zendra requires Internet Explorer version 6.0 or later.";
+const char cUpgraded[] =
+    "Zendra successfully upgraded to version %s.\n\nYou must restart Internet "
+    "Explorer and PowerPoint\nto use the new version of Zendra.";
+const char cInstalled[] =
+    "Zendra %s installed successfully.\n\nYou must restart Internet Explorer "
+    "and PowerPoint\nto use Zendra.";
+const char cInstallFailed[] =
+    "Zendra installation failed!\n\nSee \"%s\" for details";
+const char cRemovalFailed[] = "Zendra removal failed!\n\nSee \"%s\" for details";
+const char cHandlerRemovalFailed[] =
+    "Protocol handler removal failed!\n\nSee \"%s\" for details";
+const char cRemoved[] = "Zendra removed successfully.";
+const char cHandlerRemoved[] = "Protocol handler removed successfully.";
+const char cCannotCreateFolder[] =
+    "Unable to create Zendra folder (%s).\n\nYou must have permission to "
+    "install software in order to install Zendra.\nPlease log on with the "
+    "necessary permission, or contact your system administrator for help.";
 
-// The folder of the running executable, with its trailing backslash.
-bool ModuleFolder(CStr& folder) {
-  char path[MAX_PATH];
-  DWORD n = ::GetModuleFileNameA(nullptr, path, sizeof path);
-  if (n == 0 || n >= sizeof path) return false;
-  CStr full(path, static_cast<Int>(n));
-  Int slash = -1;
-  for (Int i = 0; i < full.Length(); ++i)
-    if (full[i] == '\\' || full[i] == '/') slash = i;
-  if (slash < 0) return false;
-  folder = full.Mid(0, slash + 1);
-  return true;
+const char cOrvaneKey[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Orvane";
+const char cUserSettingsKey[] = "HKEY_CURRENT_USER\\SOFTWARE\\Orvane\\OVZN4";
+const char cInternetExplorerKey[] =
+    "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer";
+const UInt32 cErrorAlreadyExists = 183;
+
+CLocalFileSystem& LFS() { return CLocalFileSystem::Instance(); }
+
+// Appends one component and logs the step like every checked call.
+bool AppendStep(CPath& path, const CPath& from, const char* component,
+                const char* step) {
+  path = from;
+  return LogStatus(path.AppendComponent(component), step);
 }
 
 }  // namespace
@@ -62,64 +100,43 @@ const char* ExitCodeName(Int exitCode) {
 CZendraSetupApp::CZendraSetupApp(UInt32 mutexError)
     : CGUIApplication(cSetupCaption), mMutexError(mutexError) {}
 
+CZendraSetupApp::~CZendraSetupApp() { CloseLog(mVerbose, GetExitCode()); }
+
 CZendraSetupApp* CZendraSetupApp::Current() {
   return dynamic_cast<CZendraSetupApp*>(CApplication::Current());
 }
 
+Int CZendraSetupApp::Main(const char* cmdLine) {
+  Int exitCode = CGUIApplication::Main(cmdLine);
+  CloseLog(mVerbose, exitCode);  // the application ends here
+  return exitCode;
+}
+
 void CZendraSetupApp::MessageDialog(const char* text, MessageKind kind) {
   TERN_ASSERT(text);
-  if (!text || mSilent) return;
+  if (!text) return;
+  if (mSilent) {
+    LogText("MessageDialog (suppressed due to -s option):\n%s\n", text);
+    return;
+  }
+  LogText("MessageDialog: displayed\n%s\n", text);
   ::MessageBoxA(nullptr, text, cSetupCaption, kind);
 }
 
-void CZendraSetupApp::SetFixedVariables() {
-  CVarList& vars = CVarList::Global();
-  vars.Set("VersionDomain", SETUP_VERSION_DOMAIN);
-  vars.Set("ORVWebSite", SETUP_WEB_SITE);
-  vars.Set("ProductName", "Zendra");
-  vars.Set("MakeMathAccessible", "0");
-  vars.Set("SpeechTarget", "Blind");
-  vars.Set("ChemSpeech", "SpellOut");
-}
-
-void CZendraSetupApp::ReadOwnProductVersion() {
-  char path[MAX_PATH];
-  DWORD n = ::GetModuleFileNameA(nullptr, path, sizeof path);
-  bool ok = n > 0 && n < sizeof path &&
-            Tern::CVersion::GetVersionInfo(
-                path, Tern::CVersion::viProductVersion, mSetupVersionText);
-  TERN_ASSERT(ok);
-  CVarList::Global().Set("ProductVersion", mSetupVersionText.Chars());
-}
-
-// The configuration file "zendra.ovc" lives beside the running Setup.exe.
-bool CZendraSetupApp::GetConfigPath(CStr& path) const {
-  if (!ModuleFolder(path)) return false;
-  path.Append("zendra.ovc");
-  return true;
-}
-
-void CZendraSetupApp::AddRegistrySearchLocations() {
-  CVarList& vars = CVarList::Global();
-  vars.AddSearchLocation("HKEY_LOCAL_MACHINE", "SOFTWARE\\Orvane");
-  vars.AddSearchLocation("HKEY_LOCAL_MACHINE", "SOFTWARE\\Orvane\\OVZN4");
-  vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane");
-  vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane\\OVZN4");
-}
+// ---- The run ----------------------------------------------------------------
 
 void CZendraSetupApp::Run() {
   SetFixedVariables();
   ReadOwnProductVersion();
-  if (!GetConfigPath(mConfigPath)) {
+  if (!ReadConfiguration()) {
     SetExitCode(exitFailure);
     return;
   }
   AddRegistrySearchLocations();
 
   bool crashVariable = false;
-  mCrash =
-      HasOption("crash", 0) ||
-      (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
+  mCrash = HasOption("crash", 0) ||
+           (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
 
   if (mMutexError == cErrorAlreadyExists) {
     MessageDialog(cAlreadyRunning, mkPlain);
@@ -142,13 +159,348 @@ void CZendraSetupApp::Run() {
   }
 }
 
-void CZendraSetupApp::InstallSequence() {
-  mFonts = !HasOption("nofonts", 0);
-  mNoVersionCheck = HasOption("noversioncheck", 0);
+void CZendraSetupApp::SetFixedVariables() {
+  CVarList& vars = CVarList::Global();
+  vars.Set("VersionDomain", SETUP_VERSION_DOMAIN);
+  vars.Set("ORVWebSite", SETUP_WEB_SITE);
+  vars.Set("ProductName", "Zendra");
+  vars.Set("MakeMathAccessible", "0");
+  vars.Set("SpeechTarget", "Blind");
+  vars.Set("ChemSpeech", "SpellOut");
 }
 
-void CZendraSetupApp::RemovalSequence() {}
+void CZendraSetupApp::ReadOwnProductVersion() {
+  char path[MAX_PATH];
+  DWORD n = ::GetModuleFileNameA(nullptr, path, sizeof path);
+  CStr text;
+  bool ok = n > 0 && n < sizeof path &&
+            CVersion::GetVersionInfo(path, CVersion::viProductVersion, text);
+  TERN_ASSERT(ok);
+  CVarList::Global().Set("ProductVersion", text.Chars());
+}
 
-void CZendraSetupApp::ProtocolHandlerRemovalSequence() {}
+bool CZendraSetupApp::GetConfigPath(CPath& path) const {
+  CError err = LFS().GetDirectory(CLocalFileSystem::dtModuleDir, path);
+  return Tern::Succeeded(err) && Tern::Succeeded(path.AppendComponent("zendra.ovc"));
+}
+
+// The product's configuration file: merged when it is of major version 4,
+// ignored when of another; a file that can't be read ends the run.
+bool CZendraSetupApp::ReadConfiguration() {
+  CPath path;
+  if (!GetConfigPath(path)) return false;
+  CVarList config;
+  if (Tern::Failed(config.ReadFile(path.OSToPathString().Chars()))) return false;
+  CStr major;
+  if (config.Get("OVCMajVersion", major) && major == "4")
+    CVarList::Global().Merge(config);
+  return true;
+}
+
+void CZendraSetupApp::AddRegistrySearchLocations() {
+  CVarList& vars = CVarList::Global();
+  vars.AddSearchLocation("HKEY_LOCAL_MACHINE", "SOFTWARE\\Orvane");
+  vars.AddSearchLocation("HKEY_LOCAL_MACHINE", "SOFTWARE\\Orvane\\OVZN4");
+  vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane");
+  vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane\\OVZN4");
+}
+
+// ---- The three sequences ---------------------------------------------------------
+
+void CZendraSetupApp::InstallSequence() {
+  const bool installFonts = !HasOption("nofonts", 0);
+  const bool noVersionCheck = HasOption("noversioncheck", 0);
+  if (!PermissionProbe()) {
+    NoPermission("install");
+    return;
+  }
+  if (!OpenLogAndPrepare("Zendra Install <Num>.log", true)) {
+    FailureMessage(cInstallFailed);
+    return;
+  }
+  if (IsInstalled() && mInstalledVersion.IsGreater(mSetupVersion)) {
+    MessageDialog(cNewerVersion, mkError);
+    SetExitCode(exitNewerVersion);
+    FailureMessage(cInstallFailed);
+    return;
+  }
+  if (!InternetExplorerIsRecentEnough()) {
+    MessageDialog(cOldInternetExplorer, mkPlain);
+    SetExitCode(exitBadIEVersion);
+    FailureMessage(cInstallFailed);
+    return;
+  }
+  FindNewInstallDir();  // on failure the install goes on in the old folder
+  if (!InstallProduct(*this, installFonts, noVersionCheck)) {
+    SetExitCode(exitFailure);
+    FailureMessage(cInstallFailed);
+    return;
+  }
+  ShowSuccess();
+}
+
+void CZendraSetupApp::RemovalSequence() {
+  if (!PermissionProbe()) {
+    NoPermission("remove");
+    return;
+  }
+  if (OpenLogAndPrepare("Zendra Uninstall.log", false)) {
+    SetInstallDir(mSetupDir);  // Setup runs from the installed folder
+    if (RemoveProduct(*this)) {
+      MessageDialog(cRemoved, mkPlain);
+      return;
+    }
+    SetExitCode(exitFailure);
+  }
+  FailureMessage(cRemovalFailed);
+}
+
+void CZendraSetupApp::ProtocolHandlerRemovalSequence() {
+  if (!PermissionProbe()) {
+    NoPermission("remove");
+    return;
+  }
+  // When the preparation fails the success message is shown all the same:
+  // there is nothing this removal could do then.
+  if (OpenLogAndPrepare("Zendra Uninstall.log", false)) {
+    SetInstallDir(mSetupDir);
+    if (!IsInstalled()) {
+      LogText("Deleting contents of directory: %s.\n",
+              mInstallDir.OSToPathString().Chars());
+      LFS().DeleteDirectory(mInstallDir);  // failures ignored
+      bool removed;
+      {
+        CLogBlock block("Removing Setup");
+        removed = RemoveSetupProgram(*this);
+      }
+      if (!removed) {
+        SetExitCode(exitFailure);
+        FailureMessage(cHandlerRemovalFailed);
+        return;
+      }
+    }
+  }
+  MessageDialog(cHandlerRemoved, mkPlain);
+}
+
+bool CZendraSetupApp::PermissionProbe() const {
+  CWinRegKey orvane;
+  if (!orvane.Open(cOrvaneKey, Tern::rmCreate)) return false;
+  CWinRegKey test;
+  if (!test.Open("TestKey", orvane, Tern::rmCreate)) return false;
+  test.Close();
+  return orvane.DeleteSubKey("TestKey");
+}
+
+void CZendraSetupApp::NoPermission(const char* action) {
+  CStr text;
+  text.Format(cNoPermission, action);
+  MessageDialog(text.Chars(), mkError);
+  SetExitCode(exitNoPermission);
+}
+
+void CZendraSetupApp::FailureMessage(const char* format) {
+  CStr text;
+  text.Format(format, mLogFilePath.OSToPathString().Chars());
+  MessageDialog(text.Chars(), mkWarning);
+}
+
+bool CZendraSetupApp::OpenLogAndPrepare(const char* logName, bool numbered) {
+  bool opened = OpenLog(logName, numbered);
+  mLogFilePath = LogPath();
+  if (!opened) return false;
+  if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtAppDir, mSetupDir),
+                 "Could not get Setup.exe's directory"))
+    return false;
+  LogText("Install source folder = '%s'.\n", mSetupDir.OSToPathString().Chars());
+  if (!ReadSetupVersion() || !InitInstallDirs()) return false;
+  DetectInstalledCopy();
+  return true;
+}
+
+bool CZendraSetupApp::InternetExplorerIsRecentEnough() const {
+  CStr version;
+  if (!CWinRegKey::ReadString(cInternetExplorerKey, "Version", version))
+    return false;
+  const Int dot = version.Find('.');
+  if (dot <= 0) return false;  // no number before a "." (or no "." at all)
+  return std::strtol(version.Mid(0, dot).Chars(), nullptr, 10) >= 6;
+}
+
+void CZendraSetupApp::ShowSuccess() {
+  const bool upgraded = IsInstalled() && mSetupVersion.IsGreater(mInstalledVersion);
+  CStr text;
+  text.Format(upgraded ? cUpgraded : cInstalled, mSetupVersionText.Chars());
+  if (!mSilent) ShowNotificationDialog(text.Chars());
+  StoreNotify();
+}
+
+void CZendraSetupApp::StoreNotify() {
+  CWinRegKey settings;
+  if (!settings.Open(cUserSettingsKey, Tern::rmCreate)) return;
+  CStr notify;
+  if (!CVarList::Global().Get("Notify", notify)) return;
+  bool written = settings.SetString("Notify", notify.Chars());
+  TERN_ASSERT(written);
+}
+
+// ---- Install location and installed-copy detection -----------------------------
+
+bool CZendraSetupApp::ReadSetupVersion() {
+  CLogBlock block("Getting version of Setup.exe");
+  CPath setupExe;
+  if (!AppendStep(setupExe, mSetupDir, "Setup.exe", "Append 'Setup'"))
+    return false;
+  CStr text;
+  if (!LogStep(CVersion::GetVersionInfo(setupExe.OSToPathString().Chars(),
+                                        CVersion::viProductVersion, text),
+               "Get Setup's product version."))
+    return false;
+  mSetupVersionText = text;
+  mSetupVersion.Parse(text.Chars());
+  LogText(
+      "The version of Zendra currently being installed (Setup's product "
+      "version) = '%s'.\n",
+      text.Chars());
+  return true;
+}
+
+bool CZendraSetupApp::InitInstallDirs() {
+  CLogBlock block("Initializing installation directories");
+  CPath programFiles;
+  if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtWinProgramFilesDir,
+                                    programFiles),
+                 "Get 'Program Files' directory"))
+    return false;
+  LogText("'Program Files' directory = '%s'.\n",
+          programFiles.OSToPathString().Chars());
+  CPath fonts;
+  return AppendStep(mMakerDir, programFiles, "Orvane", "Append 'Orvane'") &&
+         AppendStep(mInstallDir, mMakerDir, "Zendra", "Append 'Zendra'") &&
+         AppendStep(mCommonDir, mMakerDir, "Common", "Append 'Common'") &&
+         AppendStep(fonts, mCommonDir, "Fonts", "Append 'Fonts'") &&
+         AppendStep(mFontsDir, fonts, "TrueType", "Append 'TrueType'");
+}
+
+void CZendraSetupApp::DetectInstalledCopy() {
+  CLogBlock block("Check if Zendra already installed");
+  mInstalledVersion = CVersion();
+  mInstalledServerPath.Clear();
+  CWinRegKey classKey;
+  if (LogStep(classKey.Open(cProductClassKey, Tern::rmRead), "Open CLSID key")) {
+    CWinRegKey versionKey, serverKey;
+    CStr text;
+    if (LogStep(versionKey.Open("InstalledVersion", classKey, Tern::rmRead),
+                "Open InstalledVersion key") &&
+        LogStep(versionKey.GetString(nullptr, text),
+                "Read InstalledVersion default value")) {
+      LogText("InstalledVersion = '%s'.\n", text.Chars());
+      CVersion installed;
+      if (LogStatus(installed.Parse(text.Chars()), "Convert InstalledVersion value"))
+        mInstalledVersion = installed;
+    }
+    if (LogStep(serverKey.Open("InprocServer32", classKey, Tern::rmRead),
+                "Open InprocServer32 key") &&
+        LogStep(serverKey.GetString(nullptr, text),
+                "Read InprocServer32 default value")) {
+      LogText("server path from InprocServer32 key = '%s'.\n", text.Chars());
+      mInstalledServerPath = text;
+    }
+  }
+  LogText(IsInstalled() ? "Zendra already installed.\n" : "Zendra not installed.\n");
+}
+
+void CZendraSetupApp::SetInstallDir(const CPath& dir) {
+  TERN_ASSERT(dir.IsValid());
+  mInstallDir = dir;
+  LogText("Installation directory = '%s'.\n", mInstallDir.OSToPathString().Chars());
+}
+
+// When the installed components are locked, the install goes to a fresh
+// numbered folder beside the usual one: Zendra001, Zendra002, ...
+bool CZendraSetupApp::FindNewInstallDir() {
+  if (!ComponentsInUse(mInstallDir)) return true;
+  CLogBlock block("Find a new install directory");
+  CPath parent;
+  if (!LogStatus(mInstallDir.GetComponent(CPath::ctDir, parent), "GetComponent"))
+    return false;
+  for (Int n = 1;; ++n) {
+    CStr name;
+    name.Format("Zendra%03d", static_cast<int>(n));
+    CPath candidate;
+    if (!AppendStep(candidate, parent, name.Chars(), "AddComponent")) return false;
+    CError type = LFS().GetItemType(candidate);
+    if (type == Tern::S_FSIsFile || type == Tern::S_FSIsDirectory) {
+      LogText("Install directory '%s' already exists.\n",
+              candidate.OSToPathString().Chars());
+    } else if (type == Tern::E_NotFound) {
+      SetInstallDir(candidate);
+      return true;
+    } else {
+      return LogStatus(type, "GetNodeType");
+    }
+  }
+}
+
+bool CZendraSetupApp::CreateDirectoryStep(const CPath& dir,
+                                          const char* description) {
+  CStr name;
+  name.Format("Create %s directory", description);
+  CLogBlock block(name.Chars());
+  CError err = LFS().MakeDirectory(dir);
+  if (err == Tern::E_AlreadyExists) {
+    LogText("directory '%s' already exists.\n", dir.OSToPathString().Chars());
+    return true;
+  }
+  if (LogStatus(err, "Create directory.")) return true;
+  CStr text;
+  text.Format(cCannotCreateFolder, dir.OSToPathString().Chars());
+  MessageDialog(text.Chars(), mkError);
+  return false;
+}
+
+// ---- Notification dialog -----------------------------------------------------------
+
+namespace {
+
+INT_PTR CALLBACK NotifyDialogProc(HWND dialog, UINT message, WPARAM wParam,
+                                  LPARAM lParam) {
+  switch (message) {
+    case WM_INITDIALOG: {
+      ::SetDlgItemTextA(dialog, IDC_NOTIFY_TEXT, reinterpret_cast<const char*>(lParam));
+      CStr notify;
+      CVarList::Global().Get("Notify", notify);
+      if (notify == "Y")
+        ::CheckRadioButton(dialog, IDC_NOTIFY_YES, IDC_NOTIFY_NO, IDC_NOTIFY_YES);
+      else if (notify == "N")
+        ::CheckRadioButton(dialog, IDC_NOTIFY_YES, IDC_NOTIFY_NO, IDC_NOTIFY_NO);
+      else
+        ::EnableWindow(::GetDlgItem(dialog, IDOK), FALSE);
+      return TRUE;
+    }
+    case WM_COMMAND:
+      switch (LOWORD(wParam)) {
+        case IDC_NOTIFY_YES:
+        case IDC_NOTIFY_NO:
+          ::EnableWindow(::GetDlgItem(dialog, IDOK), TRUE);
+          return TRUE;
+        case IDOK:
+          CVarList::Global().Set(
+              "Notify",
+              ::IsDlgButtonChecked(dialog, IDC_NOTIFY_YES) == BST_CHECKED ? "Y" : "N");
+          ::EndDialog(dialog, IDOK);
+          return TRUE;
+      }
+      break;
+  }
+  return FALSE;
+}
+
+}  // namespace
+
+void ShowNotificationDialog(const char* text) {
+  ::DialogBoxParamA(::GetModuleHandleA(nullptr), MAKEINTRESOURCEA(IDD_NOTIFY),
+                    nullptr, NotifyDialogProc, reinterpret_cast<LPARAM>(text));
+}
 
 }  // namespace Zendra

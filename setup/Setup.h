@@ -2,11 +2,15 @@
 #pragma once
 
 #include "TApplication.h"
+#include "TFileSystem.h"
 #include "TString.h"
+#include "TVersion.h"
 
 namespace Zendra {
 
+using Tern::CPath;
 using Tern::CStr;
+using Tern::CVersion;
 using Tern::Int;
 using Tern::UInt32;
 
@@ -32,13 +36,18 @@ enum MessageKind : UInt32 {
 
 extern const char cSetupCaption[];  // "Zendra Setup"
 extern const char cMutexName[];     // "ORV:ZendraSetup"
+// The product's COM class, whose key tells an installed copy.
+extern const char cProductClassKey[];
 
 class CZendraSetupApp : public Tern::CGUIApplication {
  public:
   // `mutexError` is the last error of the single-instance mutex's creation.
   explicit CZendraSetupApp(UInt32 mutexError);
+  ~CZendraSetupApp() override;
 
   static CZendraSetupApp* Current();
+
+  Int Main(const char* cmdLine) override;
 
   // Every setup message goes through here: shown, or only logged when silent.
   void MessageDialog(const char* text, MessageKind kind);
@@ -46,8 +55,26 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   bool IsSilent() const { return mSilent; }
   bool IsVerbose() const { return mVerbose; }
   bool IsCrashFlagSet() const { return mCrash; }
+
+  const CPath& LogFilePath() const { return mLogFilePath; }
+  void SetLogFilePath(const CPath& path) { mLogFilePath = path; }
+  const CPath& SetupDir() const { return mSetupDir; }
+  const CPath& MakerDir() const { return mMakerDir; }
+  const CPath& InstallDir() const { return mInstallDir; }
+  const CPath& CommonDir() const { return mCommonDir; }
+  const CPath& FontsDir() const { return mFontsDir; }
+  const CVersion& SetupVersion() const { return mSetupVersion; }
   const CStr& SetupVersionText() const { return mSetupVersionText; }
-  const CStr& ConfigPath() const { return mConfigPath; }
+  const CVersion& InstalledVersion() const { return mInstalledVersion; }
+  bool IsInstalled() const { return mInstalledVersion.IsValid(); }
+  const CStr& InstalledServerPath() const { return mInstalledServerPath; }
+
+  // ---- Install location (also used by the install actions) ----
+  // "zendra.ovc" beside the running program.
+  bool GetConfigPath(CPath& path) const;
+  void SetInstallDir(const CPath& dir);
+  // Creates a folder the install needs; says so to the user when it can't.
+  bool CreateDirectoryStep(const CPath& dir, const char* description);
 
  protected:
   void Run() override;
@@ -55,21 +82,42 @@ class CZendraSetupApp : public Tern::CGUIApplication {
  private:
   void SetFixedVariables();
   void ReadOwnProductVersion();
-  bool GetConfigPath(CStr& path) const;
+  bool ReadConfiguration();
   void AddRegistrySearchLocations();
 
   void InstallSequence();
   void RemovalSequence();
   void ProtocolHandlerRemovalSequence();
 
+  bool PermissionProbe() const;
+  void NoPermission(const char* action);
+  bool OpenLogAndPrepare(const char* logName, bool numbered);
+  bool ReadSetupVersion();
+  bool InitInstallDirs();
+  void DetectInstalledCopy();
+  bool FindNewInstallDir();
+  bool InternetExplorerIsRecentEnough() const;
+  void ShowSuccess();
+  void FailureMessage(const char* format);
+  void StoreNotify();
+
   UInt32 mMutexError;
   bool mSilent = false;
   bool mVerbose = false;
   bool mCrash = false;
-  bool mFonts = true;
-  bool mNoVersionCheck = false;
+  CPath mLogFilePath;
+  CPath mSetupDir;
+  CPath mMakerDir;
+  CPath mInstallDir;
+  CPath mCommonDir;
+  CPath mFontsDir;
+  CVersion mSetupVersion;
   CStr mSetupVersionText;
-  CStr mConfigPath;
+  CVersion mInstalledVersion;
+  CStr mInstalledServerPath;
 };
+
+// Shows dialog 2000 with `text`; the choice goes to the variable "Notify".
+void ShowNotificationDialog(const char* text);
 
 }  // namespace Zendra

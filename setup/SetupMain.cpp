@@ -1,6 +1,7 @@
 // The process entry point of Setup.exe.
 #include <windows.h>
 
+#include "InstallLog.h"
 #include "Setup.h"
 #include "TError.h"
 
@@ -11,8 +12,9 @@ namespace {
 Tern::CNamedMutex gSingleInstance(Zendra::cMutexName);
 Zendra::CZendraSetupApp gApp(gSingleInstance.CreationError());
 
-// A failed assertion with no debugger attached ends up here: the run goes on.
-void ContinueAfterAssertion(const char*) {}
+// A failed assertion with no debugger attached ends up here: its report goes
+// into the log, where support staff see it, and the run goes on.
+void ContinueAfterAssertion(const char* report) { Zendra::LogText("%s", report); }
 
 }  // namespace
 

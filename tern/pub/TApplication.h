@@ -141,6 +141,43 @@ class CNamedMutex {
   UInt32 mLastError = 0;
 };
 
+// ---- Message dialogs -------------------------------------------------------
+
+// Flags of a message dialog: purpose, buttons and default button by field.
+enum MessageDialogFlags : UInt32 {
+  mdInformation = 0,
+  mdWarning = 1,
+  mdError = 2,
+  mdNote = 3,  // information as well
+  mdQuestion = 4,
+  mdOK = 16,
+  mdOKCancel = 32,
+  mdYesNo = 48,
+  mdYesNoCancel = 64,
+  mdDefaultOK = 256,
+  mdDefaultCancel = 512,
+  mdDefaultYes = 768,
+  mdDefaultNo = 1024,
+  mdForeground = 0x10000,
+  mdTaskModal = 0x20000,
+};
+
+enum MessageAnswer : Int { maOK = 0, maCancel = 1, maYes = 2, maNo = 3 };
+
+// The platform message-box style for the flags (and a Help button when the
+// help context id is above 0).
+UInt32 MessageBoxStyle(UInt32 flags, Int helpContextId);
+// The platform's answer (IDOK, ...) as a MessageAnswer.
+Int MessageAnswerFrom(Int platformAnswer);
+
+using HelpCallback = void(__stdcall*)(void* helpInfo);
+
+// Shows the platform message box: owner (the foreground window when none),
+// title and text required. Returns a MessageAnswer.
+Int MessageDialog(void* owner, const char* title, const char* text,
+                  UInt32 flags, Int helpContextId = 0,
+                  HelpCallback helpCallback = nullptr);
+
 #endif
 
 }  // namespace Tern

@@ -1,0 +1,164 @@
+#include "InstallLog.h"
+
+#include <cstdarg>
+#include <ctime>
+#include <memory>
+
+#include "Setup.h"
+#include "TFormat.h"
+#include "TVarList.h"
+
+namespace Zendra {
+
+using Tern::CLocalFileSystem;
+
+namespace {
+
+// A plain pointer: no destructor that could run after the application's.
+CLogStream* gLog = nullptr;
+CPath gLogPath;
+UInt32 gErrorCount = 0;
+
+// Each block level indents by this many spaces.
+const Int cIndentWidth = 4;
+
+CPath NextLogPath(const CPath& tempDir, const char* pattern, bool numbered) {
+  CPath path = tempDir;
+  if (!numbered) {
+    path.AppendComponent(pattern);
+    return path;
+  }
+  for (Int num = 1;; ++num) {
+    Tern::CFormat name(pattern, nullptr, Tern::CFormat::fmtNoGlobalExpansion);
+    name.Item("Num", num);
+    path = tempDir;
+    path.AppendComponent(name.Result().Chars());
+    if (CLocalFileSystem::Instance().GetItemType(path) == Tern::E_NotFound)
+      return path;
+  }
+}
+
+void WriteHeader(CLogStream& log) {
+  char when[128] = "";
+  std::time_t now = std::time(nullptr);
+  std::strftime(when, sizeof when, "%c", std::localtime(&now));
+  log.Printf("Zendra log started (%s).\n\n", when);
+}
+
+void CountError() { ++gErrorCount; }
+
+}  // namespace
+
+bool OpenLog(const char* fileNamePattern, bool numbered) {
+  if (gLog) {  // closed as the program would: footer, no copy
+    CZendraSetupApp* app = CZendraSetupApp::Current();
+    CloseLog(app && app->IsVerbose(), app ? app->GetExitCode() : 0);
+  }
+  CPath tempDir;
+  CError err =
+      CLocalFileSystem::Instance().GetDirectory(CLocalFileSystem::dtTempDir, tempDir);
+  TERN_ASSERT(Tern::Succeeded(err));
+  gLogPath = NextLogPath(tempDir, fileNamePattern, numbered);
+
+  auto log = std::make_unique<CLogStream>(gLogPath);
+  err = log->Open(gLogPath.OSToPathString().Chars(),
+                  Tern::fsmCreateAlways | Tern::smWriteOnly | Tern::smText);
+  if (Tern::Failed(err)) {
+    Tern::AssertFailed("can't open the log file '%s' (%s)",
+                       gLogPath.OSToPathString().Chars(), Tern::ErrorName(err));
+    return false;
+  }
+  log->SetEOLType(Tern::eolCRLF);
+  log->SetIndentWidth(cIndentWidth);
+  gLog = log.release();
+  WriteHeader(*gLog);
+  return true;
+}
+
+bool IsLogOpen() { return gLog != nullptr; }
+CLogStream* CurrentLog() { return gLog; }
+const CPath& LogPath() { return gLogPath; }
+UInt32 ErrorCount() { return gErrorCount; }
+void ResetErrorCount() { gErrorCount = 0; }
+
+void CloseLog(bool verbose, Int exitCode, const CPath* destDir) {
+  if (!gLog) return;
+  if (verbose) {
+    CLogBlock block("Dumping global variables");
+    Tern::CVarList::Global().Dump(*gLog);
+  }
+  gLog->Printf("Exit code = '%s' (%d).\n", ExitCodeName(exitCode),
+               static_cast<int>(exitCode));
+  gLog->Printf("\nZendra log ends (error count = %d).\n",
+               static_cast<int>(gErrorCount));
+  delete gLog;  // closes the file
+  gLog = nullptr;
+
+  if (destDir && Tern::Succeeded(CLocalFileSystem::Instance().RequireDirectory(*destDir)))
+    CLocalFileSystem::Instance().Copy(gLogPath, *destDir, true);
+}
+
+CLogBlock::CLogBlock(const char* name) : mName(name), mLog(gLog) {
+  if (!mLog) return;
+  mLog->Printf("\nStart: %s {\n", mName.Chars());
+  mLog->IncIndent();
+}
+
+CLogBlock::~CLogBlock() {
+  // The log may have been closed and another opened inside the block.
+  if (!mLog || mLog != gLog) return;
+  TERN_ASSERT(mLog->GetIndentLevel() > 0);
+  mLog->DecIndent();
+  mLog->Printf("} End: %s\n\n", mName.Chars());
+}
+
+bool LogStep(bool ok, const char* message) {
+  if (ok) return ok;
+  CountError();
+  if (gLog) {
+    gLog->Printf("Failure: %s\n", message);
+    gLog->Flush();
+  }
+  return ok;
+}
+
+bool LogStep(bool ok, const char* message, bool quietOnSuccess) {
+  if (!ok) return LogStep(ok, message);
+  if (gLog && !quietOnSuccess) {
+    gLog->Printf("Success: %s\n", message);
+    gLog->Flush();
+  }
+  return ok;
+}
+
+bool LogStatus(CError status, const char* message) {
+  if (Tern::Succeeded(status)) return true;
+  CountError();
+  if (gLog) {
+    gLog->Printf("Failure (%s, 0x%08lX): %s\n", Tern::ErrorName(status),
+                 static_cast<unsigned long>(status.Code()), message);
+    gLog->Flush();
+  }
+  return false;
+}
+
+bool LogStatus(CError status, const char* message, bool quietOnSuccess) {
+  if (Tern::Failed(status)) return LogStatus(status, message);
+  if (gLog && !quietOnSuccess) {
+    gLog->Printf("Success (%s, 0x%08lX): %s\n", Tern::ErrorName(status),
+                 static_cast<unsigned long>(status.Code()), message);
+    gLog->Flush();
+  }
+  return true;
+}
+
+void LogText(const char* format, ...) {
+  if (!gLog) return;
+  va_list args;
+  va_start(args, format);
+  gLog->VPrintf(format, args);
+  va_end(args);
+  gLog->Flush();
+}
+
+}  // namespace Zendra
