@@ -49,7 +49,8 @@ const char cInstalled[] =
     "and PowerPoint\nto use Zendra.";
 const char cInstallFailed[] =
     "Zendra installation failed!\n\nSee \"%s\" for details";
-const char cRemovalFailed[] = "Zendra removal failed!\n\nSee \"%s\" for details";
+const char cRemovalFailed[] =
+    "Zendra removal failed!\n\nSee \"%s\" for details";
 const char cHandlerRemovalFailed[] =
     "Protocol handler removal failed!\n\nSee \"%s\" for details";
 const char cRemoved[] = "Zendra removed successfully.";
@@ -135,8 +136,9 @@ void CZendraSetupApp::Run() {
   AddRegistrySearchLocations();
 
   bool crashVariable = false;
-  mCrash = HasOption("crash", 0) ||
-           (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
+  mCrash =
+      HasOption("crash", 0) ||
+      (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
 
   if (mMutexError == cErrorAlreadyExists) {
     MessageDialog(cAlreadyRunning, mkPlain);
@@ -181,7 +183,8 @@ void CZendraSetupApp::ReadOwnProductVersion() {
 
 bool CZendraSetupApp::GetConfigPath(CPath& path) const {
   CError err = LFS().GetDirectory(CLocalFileSystem::dtModuleDir, path);
-  return Tern::Succeeded(err) && Tern::Succeeded(path.AppendComponent("zendra.ovc"));
+  return Tern::Succeeded(err) &&
+         Tern::Succeeded(path.AppendComponent("zendra.ovc"));
 }
 
 // The product's configuration file: merged when it is of major version 4,
@@ -190,7 +193,8 @@ bool CZendraSetupApp::ReadConfiguration() {
   CPath path;
   if (!GetConfigPath(path)) return false;
   CVarList config;
-  if (Tern::Failed(config.ReadFile(path.OSToPathString().Chars()))) return false;
+  if (Tern::Failed(config.ReadFile(path.OSToPathString().Chars())))
+    return false;
   CStr major;
   if (config.Get("OVCMajVersion", major) && major == "4")
     CVarList::Global().Merge(config);
@@ -205,7 +209,8 @@ void CZendraSetupApp::AddRegistrySearchLocations() {
   vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane\\OVZN4");
 }
 
-// ---- The three sequences ---------------------------------------------------------
+// ---- The three sequences
+// ---------------------------------------------------------
 
 void CZendraSetupApp::InstallSequence() {
   const bool installFonts = !HasOption("nofonts", 0);
@@ -312,7 +317,8 @@ bool CZendraSetupApp::OpenLogAndPrepare(const char* logName, bool numbered) {
   if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtAppDir, mSetupDir),
                  "Could not get Setup.exe's directory"))
     return false;
-  LogText("Install source folder = '%s'.\n", mSetupDir.OSToPathString().Chars());
+  LogText("Install source folder = '%s'.\n",
+          mSetupDir.OSToPathString().Chars());
   if (!ReadSetupVersion() || !InitInstallDirs()) return false;
   DetectInstalledCopy();
   return true;
@@ -328,9 +334,11 @@ bool CZendraSetupApp::InternetExplorerIsRecentEnough() const {
 }
 
 void CZendraSetupApp::ShowSuccess() {
-  const bool upgraded = IsInstalled() && mSetupVersion.IsGreater(mInstalledVersion);
+  const bool upgraded =
+      IsInstalled() && mSetupVersion.IsGreater(mInstalledVersion);
   CStr text;
   text.Format(upgraded ? cUpgraded : cInstalled, mSetupVersionText.Chars());
+  LogText("%s\n", text.Chars());  // the outcome, also for silent runs
   if (!mSilent) ShowNotificationDialog(text.Chars());
   StoreNotify();
 }
@@ -344,7 +352,8 @@ void CZendraSetupApp::StoreNotify() {
   TERN_ASSERT(written);
 }
 
-// ---- Install location and installed-copy detection -----------------------------
+// ---- Install location and installed-copy detection
+// -----------------------------
 
 bool CZendraSetupApp::ReadSetupVersion() {
   CLogBlock block("Getting version of Setup.exe");
@@ -387,7 +396,8 @@ void CZendraSetupApp::DetectInstalledCopy() {
   mInstalledVersion = CVersion();
   mInstalledServerPath.Clear();
   CWinRegKey classKey;
-  if (LogStep(classKey.Open(cProductClassKey, Tern::rmRead), "Open CLSID key")) {
+  if (LogStep(classKey.Open(cProductClassKey, Tern::rmRead),
+              "Open CLSID key")) {
     CWinRegKey versionKey, serverKey;
     CStr text;
     if (LogStep(versionKey.Open("InstalledVersion", classKey, Tern::rmRead),
@@ -396,7 +406,8 @@ void CZendraSetupApp::DetectInstalledCopy() {
                 "Read InstalledVersion default value")) {
       LogText("InstalledVersion = '%s'.\n", text.Chars());
       CVersion installed;
-      if (LogStatus(installed.Parse(text.Chars()), "Convert InstalledVersion value"))
+      if (LogStatus(installed.Parse(text.Chars()),
+                    "Convert InstalledVersion value"))
         mInstalledVersion = installed;
     }
     if (LogStep(serverKey.Open("InprocServer32", classKey, Tern::rmRead),
@@ -407,13 +418,15 @@ void CZendraSetupApp::DetectInstalledCopy() {
       mInstalledServerPath = text;
     }
   }
-  LogText(IsInstalled() ? "Zendra already installed.\n" : "Zendra not installed.\n");
+  LogText(IsInstalled() ? "Zendra already installed.\n"
+                        : "Zendra not installed.\n");
 }
 
 void CZendraSetupApp::SetInstallDir(const CPath& dir) {
   TERN_ASSERT(dir.IsValid());
   mInstallDir = dir;
-  LogText("Installation directory = '%s'.\n", mInstallDir.OSToPathString().Chars());
+  LogText("Installation directory = '%s'.\n",
+          mInstallDir.OSToPathString().Chars());
 }
 
 // When the installed components are locked, the install goes to a fresh
@@ -422,13 +435,15 @@ bool CZendraSetupApp::FindNewInstallDir() {
   if (!ComponentsInUse(mInstallDir)) return true;
   CLogBlock block("Find a new install directory");
   CPath parent;
-  if (!LogStatus(mInstallDir.GetComponent(CPath::ctDir, parent), "GetComponent"))
+  if (!LogStatus(mInstallDir.GetComponent(CPath::ctDir, parent),
+                 "GetComponent"))
     return false;
   for (Int n = 1;; ++n) {
     CStr name;
     name.Format("Zendra%03d", static_cast<int>(n));
     CPath candidate;
-    if (!AppendStep(candidate, parent, name.Chars(), "AddComponent")) return false;
+    if (!AppendStep(candidate, parent, name.Chars(), "AddComponent"))
+      return false;
     CError type = LFS().GetItemType(candidate);
     if (type == Tern::S_FSIsFile || type == Tern::S_FSIsDirectory) {
       LogText("Install directory '%s' already exists.\n",
@@ -459,7 +474,8 @@ bool CZendraSetupApp::CreateDirectoryStep(const CPath& dir,
   return false;
 }
 
-// ---- Notification dialog -----------------------------------------------------------
+// ---- Notification dialog
+// -----------------------------------------------------------
 
 namespace {
 
@@ -467,13 +483,16 @@ INT_PTR CALLBACK NotifyDialogProc(HWND dialog, UINT message, WPARAM wParam,
                                   LPARAM lParam) {
   switch (message) {
     case WM_INITDIALOG: {
-      ::SetDlgItemTextA(dialog, IDC_NOTIFY_TEXT, reinterpret_cast<const char*>(lParam));
+      ::SetDlgItemTextA(dialog, IDC_NOTIFY_TEXT,
+                        reinterpret_cast<const char*>(lParam));
       CStr notify;
       CVarList::Global().Get("Notify", notify);
       if (notify == "Y")
-        ::CheckRadioButton(dialog, IDC_NOTIFY_YES, IDC_NOTIFY_NO, IDC_NOTIFY_YES);
+        ::CheckRadioButton(dialog, IDC_NOTIFY_YES, IDC_NOTIFY_NO,
+                           IDC_NOTIFY_YES);
       else if (notify == "N")
-        ::CheckRadioButton(dialog, IDC_NOTIFY_YES, IDC_NOTIFY_NO, IDC_NOTIFY_NO);
+        ::CheckRadioButton(dialog, IDC_NOTIFY_YES, IDC_NOTIFY_NO,
+                           IDC_NOTIFY_NO);
       else
         ::EnableWindow(::GetDlgItem(dialog, IDOK), FALSE);
       return TRUE;
@@ -487,7 +506,9 @@ INT_PTR CALLBACK NotifyDialogProc(HWND dialog, UINT message, WPARAM wParam,
         case IDOK:
           CVarList::Global().Set(
               "Notify",
-              ::IsDlgButtonChecked(dialog, IDC_NOTIFY_YES) == BST_CHECKED ? "Y" : "N");
+              ::IsDlgButtonChecked(dialog, IDC_NOTIFY_YES) == BST_CHECKED
+                  ? "Y"
+                  : "N");
           ::EndDialog(dialog, IDOK);
           return TRUE;
       }

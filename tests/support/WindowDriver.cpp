@@ -151,4 +151,25 @@ bool PressButton(HWND dialog, const char* caption) {
   return true;
 }
 
+std::string ControlText(HWND dialog, int id) {
+  HWND control = ::GetDlgItem(dialog, id);
+  return control ? WindowText(control) : std::string("<no control>");
+}
+
+bool ControlEnabled(HWND dialog, int id) {
+  HWND control = ::GetDlgItem(dialog, id);
+  return control && ::IsWindowEnabled(control);
+}
+
+bool ControlChecked(HWND dialog, int id) {
+  HWND control = ::GetDlgItem(dialog, id);
+  return control && ::SendMessageA(control, BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+void ClickControl(HWND dialog, int id) {
+  if (HWND control = ::GetDlgItem(dialog, id))
+    ::SendMessageA(control, BM_CLICK, 0, 0);
+  ::Sleep(100);  // let the dialog react before it is looked at again
+}
+
 }  // namespace TestSupport

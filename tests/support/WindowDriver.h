@@ -42,4 +42,10 @@ bool HasIcon(HWND box);
 // Clicks the button whose caption (without "&") is `caption`.
 bool PressButton(HWND dialog, const char* caption);
 
+// Dialog controls by identifier.
+std::string ControlText(HWND dialog, int id);
+bool ControlEnabled(HWND dialog, int id);
+bool ControlChecked(HWND dialog, int id);
+void ClickControl(HWND dialog, int id);
+
 }  // namespace TestSupport

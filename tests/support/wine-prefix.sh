@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
-# Makes a fresh 64-bit Wine prefix at $1 (removing any old one) and keeps its
-# wineserver running, so that the programs started in it come up quickly.
+# Makes a fresh 64-bit Wine prefix at $1, removing any old one.
+#   wine-prefix.sh PREFIX             boot it and keep its wineserver running
+#   wine-prefix.sh PREFIX --template  boot it and stop its server, so that it
+#                                     can be cloned (clone-prefix.sh)
 set -eu
 prefix=$1
+mode=${2:-}
 export WINEPREFIX=$prefix WINEDEBUG=-all WINEARCH=win64
 export WINEDLLOVERRIDES=mscoree,mshtml=
 if [ -d "$prefix" ]; then
@@ -19,4 +22,6 @@ for view in 32 64; do
     /v Debugger /f /reg:$view >/dev/null 2>&1 || true
 done
 wineserver -w
-wineserver -p 60 </dev/null >/dev/null 2>&1
+if [ "$mode" != --template ]; then
+  wineserver -p 60 </dev/null >/dev/null 2>&1
+fi

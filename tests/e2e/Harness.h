@@ -1,0 +1,62 @@
+// End-to-end harness: lays out an install source folder holding the built
+// Setup.exe and a Zendra.ovc written by ovc, runs Setup.exe as a user would,
+// and reads back its exit code, its logs in the temporary folder and the
+// registry. Each case runs in a fresh Wine prefix (run-fresh.sh).
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "WindowDriver.h"
+
+namespace E2E {
+
+// The source folder C:\ZendraE2E\<name>, made afresh.
+class SourceFolder {
+ public:
+  explicit SourceFolder(const std::string& name = "Source");
+  const std::string& Dir() const { return mDir; }
+  std::string SetupExe() const { return mDir + "\\Setup.exe"; }
+
+  // Copies the built Setup.exe in.
+  void AddSetup() const;
+  // Writes Zendra.ovc with the ovc program: NAME=VALUE pairs ("%" prefix:
+  // read-only). True when ovc succeeded.
+  bool WriteConfig(const std::vector<std::string>& variables) const;
+  // Setup.exe and a configuration of major version 4.
+  void Standard() const;
+
+ private:
+  std::string mDir;
+};
+
+// Runs the folder's Setup.exe with `arguments` and waits for it to end.
+int RunSetup(const SourceFolder& source, const std::string& arguments,
+             bool* showedWindow = nullptr);
+
+// The system's temporary folder, with a trailing backslash.
+std::string TempDir();
+std::string ReadLog(const std::string& fileName);  // empty when missing
+bool LogExists(const std::string& fileName);
+void WriteLog(const std::string& fileName, const std::string& text);
+std::vector<std::string> LogFiles();  // names of "Zendra *.log" files
+
+// Every "Start: X {" is closed by its "} End: X", in order.
+bool BlocksBalanced(const std::string& log, std::string* problem = nullptr);
+// The exit-code line and the footer, as the log ends.
+std::string Footer(const std::string& log);
+
+// Registry access that does not go through the code under test.
+bool SetRegString(HKEY root, const std::string& subKey, const char* name,
+                  const std::string& value);
+std::string GetRegString(HKEY root, const std::string& subKey,
+                         const char* name);  // "<none>" when missing
+void DeleteRegTree(HKEY root, const std::string& subKey);
+
+// Saves a picture of the window to the screenshot folder given to the test
+// program (--screenshots=DIR) as NAME.bmp; false without such a folder.
+bool SaveScreenshot(HWND window, const std::string& name);
+
+}  // namespace E2E
