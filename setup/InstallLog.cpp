@@ -55,8 +55,8 @@ bool OpenLog(const char* fileNamePattern, bool numbered) {
     CloseLog(app && app->IsVerbose(), app ? app->GetExitCode() : 0);
   }
   CPath tempDir;
-  CError err =
-      CLocalFileSystem::Instance().GetDirectory(CLocalFileSystem::dtTempDir, tempDir);
+  CError err = CLocalFileSystem::Instance().GetDirectory(
+      CLocalFileSystem::dtTempDir, tempDir);
   TERN_ASSERT(Tern::Succeeded(err));
   gLogPath = NextLogPath(tempDir, fileNamePattern, numbered);
 
@@ -94,7 +94,8 @@ void CloseLog(bool verbose, Int exitCode, const CPath* destDir) {
   delete gLog;  // closes the file
   gLog = nullptr;
 
-  if (destDir && Tern::Succeeded(CLocalFileSystem::Instance().RequireDirectory(*destDir)))
+  if (destDir &&
+      Tern::Succeeded(CLocalFileSystem::Instance().RequireDirectory(*destDir)))
     CLocalFileSystem::Instance().Copy(gLogPath, *destDir, true);
 }
 

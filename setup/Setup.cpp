@@ -209,8 +209,7 @@ void CZendraSetupApp::AddRegistrySearchLocations() {
   vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane\\OVZN4");
 }
 
-// ---- The three sequences
-// ---------------------------------------------------------
+// ---- The three sequences ---------------------------------------------------
 
 void CZendraSetupApp::InstallSequence() {
   const bool installFonts = !HasOption("nofonts", 0);
@@ -352,8 +351,7 @@ void CZendraSetupApp::StoreNotify() {
   TERN_ASSERT(written);
 }
 
-// ---- Install location and installed-copy detection
-// -----------------------------
+// ---- Install location and installed-copy detection -------------------------
 
 bool CZendraSetupApp::ReadSetupVersion() {
   CLogBlock block("Getting version of Setup.exe");
@@ -474,8 +472,7 @@ bool CZendraSetupApp::CreateDirectoryStep(const CPath& dir,
   return false;
 }
 
-// ---- Notification dialog
-// -----------------------------------------------------------
+// ---- Notification dialog ---------------------------------------------------
 
 namespace {
 

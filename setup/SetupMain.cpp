@@ -14,7 +14,9 @@ Zendra::CZendraSetupApp gApp(gSingleInstance.CreationError());
 
 // A failed assertion with no debugger attached ends up here: its report goes
 // into the log, where support staff see it, and the run goes on.
-void ContinueAfterAssertion(const char* report) { Zendra::LogText("%s", report); }
+void ContinueAfterAssertion(const char* report) {
+  Zendra::LogText("%s", report);
+}
 
 }  // namespace
 

@@ -39,6 +39,11 @@ class CErrorHandler {
   // Message N of the program's message lists (0-799 main, 800-999 second).
   virtual void LoadMessage(Int index, CStr& out);
 
+  // Reports `message` as the failure of one operation at the given source
+  // position, asks the handler's decision, and gives back the text.
+  Int ReportAt(const char* message, const char* sourceFile, Int sourceLine,
+               CStr& out);
+
   Int OperationDepth() const { return static_cast<Int>(mOperations.size()); }
   Int OperationErrorCount() const;
 

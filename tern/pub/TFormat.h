@@ -1,6 +1,6 @@
 // Template formatting: items bound by placeholder name ("<Name>" or
-// "<Name:spec>") and formatted by a function with the spec written in the
-// placeholder. CFormat works on 8-bit text, CWFormat on UTF-16.
+// "<Name:format>") and formatted by a function with the format spec written in
+// the placeholder. CFormat works on 8-bit text, CWFormat on UTF-16.
 #pragma once
 
 #include "TString.h"
@@ -34,8 +34,9 @@ template <typename Ch>
 class CBasicFormat {
  public:
   using StrT = typename CFormatTraits<Ch>::StrT;
-  // Formats `item` as the spec says into `out`; false inserts nothing.
-  using FormatFunction = bool (*)(const Ch* spec, const void* item, StrT& out);
+  // Formats `item` as the format spec says into `out`; false inserts nothing.
+  using FormatFunction = bool (*)(const Ch* fmtSpec, const void* item,
+                                  StrT& out);
 
   enum Flags : UInt32 { fmtNoGlobalExpansion = 0x1 };
 
@@ -44,8 +45,8 @@ class CBasicFormat {
   explicit CBasicFormat(const Ch* templ, const char* delims = nullptr,
                         UInt32 flags = 0);
 
-  // Replaces every placeholder named `var`, with or without a spec, by what
-  // `fmtFunc` makes of `item`. True when at least one was replaced.
+  // Replaces every placeholder named `var`, with or without a format spec, by
+  // what `fmtFunc` makes of `item`. True when at least one was replaced.
   bool Item(const Ch* var, const void* item, FormatFunction fmtFunc);
 
   bool Item(const Ch* var, const Ch* text);
@@ -57,16 +58,16 @@ class CBasicFormat {
   const StrT& Result() const { return mText; }
 
   // The library's formatting functions.
-  static bool FormatString(const Ch* spec, const void* item, StrT& out);
-  static bool FormatInt32(const Ch* spec, const void* item, StrT& out);
-  static bool FormatUInt32(const Ch* spec, const void* item, StrT& out);
-  static bool FormatDouble(const Ch* spec, const void* item, StrT& out);
-  static bool FormatBool(const Ch* spec, const void* item, StrT& out);
+  static bool FormatString(const Ch* fmtSpec, const void* item, StrT& out);
+  static bool FormatInt32(const Ch* fmtSpec, const void* item, StrT& out);
+  static bool FormatUInt32(const Ch* fmtSpec, const void* item, StrT& out);
+  static bool FormatDouble(const Ch* fmtSpec, const void* item, StrT& out);
+  static bool FormatBool(const Ch* fmtSpec, const void* item, StrT& out);
 
  private:
   // Finds the next placeholder named `var` at or after `pos`, removes it and
-  // gives back its position and spec.
-  bool TakePlaceholder(const Ch* var, Int& pos, StrT& spec);
+  // gives back its position and format spec.
+  bool TakePlaceholder(const Ch* var, Int& pos, StrT& fmtSpec);
 
   StrT mText;
   Ch mOpen = '<';

@@ -75,7 +75,8 @@ void __stdcall FrameworkHelp(void* helpInfo) {
 }  // namespace
 
 UInt32 MessageBoxStyle(UInt32 flags, Int helpContextId) {
-  UINT style = IconStyle(flags & 0xF) | ButtonStyle(flags & 0xF0, flags & 0xF00);
+  UINT style =
+      IconStyle(flags & 0xF) | ButtonStyle(flags & 0xF0, flags & 0xF00);
   if (flags & mdForeground) style |= MB_SETFOREGROUND;
   if (flags & mdTaskModal) style |= MB_TASKMODAL;
   if (helpContextId > 0) style |= MB_HELP;

@@ -127,6 +127,15 @@ Int CErrorHandler::ReportMessage(const char* message, UInt32 flags, CStr& out) {
   return CVarList::Global().Expand(out, "<>");
 }
 
+Int CErrorHandler::ReportAt(const char* message, const char* sourceFile,
+                            Int sourceLine, CStr& out) {
+  PushOperation(message, sourceFile, sourceLine);
+  Int substitutions = ReportMessage(message, 0, out);
+  Decide(Failure, out.Chars(), 0);
+  PopOperation();
+  return substitutions;
+}
+
 void CErrorHandler::LoadMessage(Int index, CStr& out) {
   const char* text = MessageText(index);
   if (!text) {

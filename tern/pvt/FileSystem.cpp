@@ -21,18 +21,14 @@ void ReportFullPathComponent(const char* component, const CStr& pathText) {
       "Attempt to add a component that is a full path.\ncomponent = '%s', "
       "pathStr = '%s'",
       component, pathText.Chars());
-  CErrorHandler& handler = CErrorHandler::Current();
-  handler.PushOperation("AppendComponent", "pvt\\FileSystem", __LINE__);
   CStr out;
-  handler.ReportMessage(message.Chars(), 0, out);
-  handler.Decide(E_BadArgument, out.Chars(), 0);
-  handler.PopOperation();
+  CErrorHandler::Current().ReportAt(message.Chars(), "pvt\\FileSystem",
+                                    __LINE__, out);
 }
 
 }  // namespace
 
-// ---- CPath
-// ---------------------------------------------------------------------
+// ---- CPath -----------------------------------------------------------------
 
 CPath::CPath(const char* pathStr) { Set(pathStr); }
 
@@ -323,8 +319,7 @@ CError CLocalFSPathDefinition::SetFromOSString(CPath& path,
   return Ok;
 }
 
-// ---- CFileSystem's own algorithms
-// ---------------------------------------------
+// ---- CFileSystem's own algorithms ------------------------------------------
 
 CError CFileSystem::GetTempName(const CPath& dir, const char* prefix,
                                 CPath& result) {

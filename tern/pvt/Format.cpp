@@ -26,19 +26,20 @@ void Assign(CWStr& out, const char* text) {
 }
 
 template <typename StrT>
-void Pad(StrT& text, const CFormatSpec& spec) {
+void Pad(StrT& text, const CFormatSpec& fmtSpec) {
   using Ch = typename StrT::CharType;
-  while (text.Length() < spec.width) {
-    Ch fill = static_cast<Ch>(spec.fill);
+  while (text.Length() < fmtSpec.width) {
+    Ch fill = static_cast<Ch>(fmtSpec.fill);
     text.Insert(0, &fill, 1);
   }
 }
 
-// The spec decoded, or the defaults after the assertion the callers raise.
+// The format spec decoded, or the defaults after the assertion the callers
+// raise.
 template <typename Ch>
-CFormatSpec DecodeOrDefault(const Ch* spec) {
+CFormatSpec DecodeOrDefault(const Ch* fmtSpec) {
   CFormatSpec decoded;
-  if (!DecodeFormatSpec(spec, decoded)) {
+  if (!DecodeFormatSpec(fmtSpec, decoded)) {
     TERN_FAIL("DecodeFormatSpec(fmtSpecStr,fmtSpec)");
     decoded = CFormatSpec();
   }
@@ -79,8 +80,8 @@ bool IntegerText(UInt32 bits, bool isSigned, char conversion, CStr& out) {
 template <typename StrT>
 bool FormatInteger(const typename StrT::CharType* specText, UInt32 bits,
                    bool isSigned, StrT& out) {
-  CFormatSpec spec = DecodeOrDefault(specText);
-  char conversion = spec.conversion;
+  CFormatSpec fmtSpec = DecodeOrDefault(specText);
+  char conversion = fmtSpec.conversion;
   if (conversion == 0 && TextLength(specText) == 0) conversion = 'd';
   if (!isSigned && conversion == 'u') conversion = 'd';
   CStr text;
@@ -89,7 +90,7 @@ bool FormatInteger(const typename StrT::CharType* specText, UInt32 bits,
     IntegerText(bits, isSigned, 'd', text);
   }
   Assign(out, text.Chars());
-  Pad(out, spec);  // the fill goes in front of a sign too
+  Pad(out, fmtSpec);  // the fill goes in front of a sign too
   return true;
 }
 
@@ -142,7 +143,7 @@ CBasicFormat<Ch>::CBasicFormat(const Ch* templ, const char* delims,
 }
 
 template <typename Ch>
-bool CBasicFormat<Ch>::TakePlaceholder(const Ch* var, Int& pos, StrT& spec) {
+bool CBasicFormat<Ch>::TakePlaceholder(const Ch* var, Int& pos, StrT& fmtSpec) {
   const Int nameLen = TextLength(var);
   for (Int open = mText.Find(mOpen, pos); open >= 0;
        open = mText.Find(mOpen, open + 1)) {
@@ -150,11 +151,11 @@ bool CBasicFormat<Ch>::TakePlaceholder(const Ch* var, Int& pos, StrT& spec) {
     if (mText.Length() - after < nameLen || mText.Mid(after, nameLen) != var)
       continue;
     Int end = after + nameLen;
-    spec.Clear();
+    fmtSpec.Clear();
     if (end < mText.Length() && mText[end] == ':') {
       Int close = mText.Find(mClose, end + 1);
       if (close < 0 || close - (end + 1) > cMaxSpecLength) continue;
-      spec = mText.Mid(end + 1, close - (end + 1));
+      fmtSpec = mText.Mid(end + 1, close - (end + 1));
       end = close;
     }
     if (end >= mText.Length() || mText[end] != mClose) continue;
@@ -175,10 +176,10 @@ bool CBasicFormat<Ch>::Item(const Ch* var, const void* item,
   if (!var || TextLength(var) == 0 || !item || !fmtFunc) return false;
   bool replaced = false;
   Int pos = 0;
-  StrT spec, out;
-  while (TakePlaceholder(var, pos, spec)) {
+  StrT fmtSpec, out;
+  while (TakePlaceholder(var, pos, fmtSpec)) {
     out.Clear();
-    if (fmtFunc(spec.Chars(), item, out)) {
+    if (fmtFunc(fmtSpec.Chars(), item, out)) {
       mText.Insert(pos, out.Chars(), out.Length());
       pos += out.Length();  // what was inserted is not searched again
     }
@@ -213,31 +214,32 @@ bool CBasicFormat<Ch>::Item(const Ch* var, bool value) {
 }
 
 template <typename Ch>
-bool CBasicFormat<Ch>::FormatString(const Ch* spec, const void* item,
+bool CBasicFormat<Ch>::FormatString(const Ch* fmtSpec, const void* item,
                                     StrT& out) {
-  CFormatSpec decoded = DecodeOrDefault(spec);
+  CFormatSpec decoded = DecodeOrDefault(fmtSpec);
   out = static_cast<const Ch*>(item);
   Pad(out, decoded);  // the conversion letter means nothing for text
   return true;
 }
 
 template <typename Ch>
-bool CBasicFormat<Ch>::FormatInt32(const Ch* spec, const void* item,
+bool CBasicFormat<Ch>::FormatInt32(const Ch* fmtSpec, const void* item,
                                    StrT& out) {
-  return FormatInteger(
-      spec, static_cast<UInt32>(*static_cast<const Int32*>(item)), true, out);
+  return FormatInteger(fmtSpec,
+                       static_cast<UInt32>(*static_cast<const Int32*>(item)),
+                       true, out);
 }
 
 template <typename Ch>
-bool CBasicFormat<Ch>::FormatUInt32(const Ch* spec, const void* item,
+bool CBasicFormat<Ch>::FormatUInt32(const Ch* fmtSpec, const void* item,
                                     StrT& out) {
-  return FormatInteger(spec, *static_cast<const UInt32*>(item), false, out);
+  return FormatInteger(fmtSpec, *static_cast<const UInt32*>(item), false, out);
 }
 
 template <typename Ch>
-bool CBasicFormat<Ch>::FormatDouble(const Ch* spec, const void* item,
+bool CBasicFormat<Ch>::FormatDouble(const Ch* fmtSpec, const void* item,
                                     StrT& out) {
-  CFormatSpec decoded = DecodeOrDefault(spec);
+  CFormatSpec decoded = DecodeOrDefault(fmtSpec);
   char buf[64];
   std::snprintf(buf, sizeof buf, "%g", *static_cast<const double*>(item));
   Assign(out, buf);
@@ -246,8 +248,9 @@ bool CBasicFormat<Ch>::FormatDouble(const Ch* spec, const void* item,
 }
 
 template <typename Ch>
-bool CBasicFormat<Ch>::FormatBool(const Ch* spec, const void* item, StrT& out) {
-  CFormatSpec decoded = DecodeOrDefault(spec);
+bool CBasicFormat<Ch>::FormatBool(const Ch* fmtSpec, const void* item,
+                                  StrT& out) {
+  CFormatSpec decoded = DecodeOrDefault(fmtSpec);
   Assign(out, *static_cast<const bool*>(item) ? "True" : "False");
   Pad(out, decoded);
   return true;

@@ -13,15 +13,16 @@ namespace {
 
 CError LastError() { return ErrorFromWindows(::GetLastError()); }
 
-// Closes a find handle whatever way the walk ends.
-class CFindHandle {
+// Closes a handle however the function that opened it ends.
+template <BOOL(WINAPI* Close)(HANDLE)>
+class CScopedHandle {
  public:
-  explicit CFindHandle(HANDLE handle) : mHandle(handle) {}
-  ~CFindHandle() {
-    if (IsValid()) ::FindClose(mHandle);
+  explicit CScopedHandle(HANDLE handle) : mHandle(handle) {}
+  ~CScopedHandle() {
+    if (IsValid()) Close(mHandle);
   }
-  CFindHandle(const CFindHandle&) = delete;
-  CFindHandle& operator=(const CFindHandle&) = delete;
+  CScopedHandle(const CScopedHandle&) = delete;
+  CScopedHandle& operator=(const CScopedHandle&) = delete;
   bool IsValid() const { return mHandle != INVALID_HANDLE_VALUE; }
   HANDLE Get() const { return mHandle; }
 
@@ -29,20 +30,8 @@ class CFindHandle {
   HANDLE mHandle;
 };
 
-class CKernelHandle {
- public:
-  explicit CKernelHandle(HANDLE handle) : mHandle(handle) {}
-  ~CKernelHandle() {
-    if (IsValid()) ::CloseHandle(mHandle);
-  }
-  CKernelHandle(const CKernelHandle&) = delete;
-  CKernelHandle& operator=(const CKernelHandle&) = delete;
-  bool IsValid() const { return mHandle != INVALID_HANDLE_VALUE; }
-  HANDLE Get() const { return mHandle; }
-
- private:
-  HANDLE mHandle;
-};
+using CFindHandle = CScopedHandle<::FindClose>;
+using CKernelHandle = CScopedHandle<::CloseHandle>;
 
 bool IsDotEntry(const char* name) {
   return Str::Equal(name, ".") || Str::Equal(name, "..");
@@ -88,8 +77,7 @@ UInt32 AttributeBit(Int kind) {
 
 }  // namespace
 
-// ---- Special directories
-// ------------------------------------------------------
+// ---- Special directories ---------------------------------------------------
 
 CError CLocalFileSystem::GetDirectory(Int dirType, CPath& dir) {
   if (dirType == dtDebugLogDir) {
@@ -230,8 +218,7 @@ CError CLocalFileSystem::GetVolumeType(const CPath& path, Int& type) {
   }
 }
 
-// ---- Files and directories
-// ----------------------------------------------------
+// ---- Files and directories -------------------------------------------------
 
 CError CLocalFileSystem::RemoveFile(const CPath& file, bool force) {
   if (!file.IsValid()) return E_BadArgument;

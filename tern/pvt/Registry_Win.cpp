@@ -266,8 +266,7 @@ bool CWinRegKey::ReadString(const char* rootedPath, const char* name,
   return key.Open(rootedPath, rmRead) && key.GetString(name, value);
 }
 
-// ---- Registry script
-// ------------------------------------------------------------
+// ---- Registry script -------------------------------------------------------
 
 namespace {
 
@@ -351,12 +350,9 @@ class CScriptRunner {
   bool Stop(Int line, const char* format, const char* a, const char* b = "") {
     CStr text;
     text.Format(format, a, b);
-    CErrorHandler& handler = CErrorHandler::Current();
-    handler.PushOperation("Registry script", "pvt\\Registry_Win", line);
     CStr out;
-    handler.ReportMessage(text.Chars(), 0, out);
-    handler.Decide(Failure, out.Chars(), 0);
-    handler.PopOperation();
+    CErrorHandler::Current().ReportAt(text.Chars(), "pvt\\Registry_Win", line,
+                                      out);
     if (mMessage) *mMessage = out;
     mSub.Close();
     mRoot.Close();

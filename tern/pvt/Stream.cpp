@@ -101,8 +101,7 @@ CError CStream::SetLength(Int) {
   return Failure;
 }
 
-// ---- Raw byte path: checksum and scrambling
-// ------------------------------------
+// ---- Raw byte path: checksum and scrambling --------------------------------
 
 void CStream::Checksum(Byte b) {
   if (!(mMode & smChecksum)) return;
@@ -133,8 +132,7 @@ CError CStream::WritePlainByte(Byte b) {
   return Failed(err) ? Fail(err) : Ok;
 }
 
-// ---- Reading
-// ------------------------------------------------------------------
+// ---- Reading ---------------------------------------------------------------
 
 CError CStream::DecodeChar(Int& c, bool& eof) {
   Int b0 = 0, b1 = 0, b2 = 0;
@@ -259,8 +257,7 @@ bool CStream::ReadUntil(CWStr& out, Int delim, Int maxLen, Int* count) {
   return ReadUntilInto(*this, out, delim, maxLen, count, true);
 }
 
-// ---- Writing
-// ------------------------------------------------------------------
+// ---- Writing ---------------------------------------------------------------
 
 CError CStream::EncodeChar(Int c) {
   CError err = Ok;
@@ -400,8 +397,7 @@ CError CStream::WPrintf(const char16_t* format, ...) {
   return WriteString(buf, n);
 }
 
-// ---- Memory streams
-// ------------------------------------------------------------
+// ---- Memory streams --------------------------------------------------------
 
 CMemStream::CMemStream(UInt32 mode) { Opened(mode & ~fsmDispositionMask); }
 

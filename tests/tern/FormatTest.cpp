@@ -42,13 +42,14 @@ TEST(Format, BadConversionsAssertAndPrintDecimal) {
   TestSupport::ReportingAssertions reporting;
   EXPECT_EQ("42", Int32Text("<N:u>", 42));
   EXPECT_EQ("    5", Int32Text("<N:5>", 5));
-  EXPECT_EQ("5", Int32Text("<N:5q>", 5));  // defaults after a bad spec
+  EXPECT_EQ("5",
+            Int32Text("<N:5q>", 5));  // defaults after a bad format fmtSpec
 }
 
 TEST(Format, SpecLimitAndUnknownNames) {
-  // A spec of 11 characters makes the placeholder not match at all.
+  // A format spec of 11 characters makes the placeholder not match at all.
   EXPECT_EQ("<N:12345678901d>", Int32Text("<N:12345678901d>", 1));
-  // Ten characters is still a spec.
+  // Ten characters is still a format spec.
   EXPECT_EQ("0000000001", Int32Text("<N:000000010d>", 1));
   EXPECT_EQ("a<b>c", Int32Text("a<b>c", 1));
   EXPECT_EQ("<Nx> <N", Int32Text("<Nx> <N", 1));
@@ -103,19 +104,19 @@ TEST(Format, OtherDelimitersAndGlobalExpansion) {
 }
 
 TEST(Format, DecodeFormatSpec) {
-  CFormatSpec spec;
-  EXPECT_TRUE(DecodeFormatSpec("08X", spec));
-  EXPECT_EQ('0', spec.fill);
-  EXPECT_EQ(8, spec.width);
-  EXPECT_EQ('X', spec.conversion);
-  EXPECT_TRUE(DecodeFormatSpec("", spec));
-  EXPECT_EQ(' ', spec.fill);
-  EXPECT_EQ(0, spec.width);
-  EXPECT_EQ(0, spec.conversion);
-  EXPECT_TRUE(DecodeFormatSpec("12", spec));
-  EXPECT_EQ(12, spec.width);
-  EXPECT_FALSE(DecodeFormatSpec("x5", spec));
-  EXPECT_FALSE(DecodeFormatSpec("5dd", spec));
-  EXPECT_FALSE(DecodeFormatSpec("12345678901", spec));
-  EXPECT_TRUE(DecodeFormatSpec(u"02d", spec));
+  CFormatSpec fmtSpec;
+  EXPECT_TRUE(DecodeFormatSpec("08X", fmtSpec));
+  EXPECT_EQ('0', fmtSpec.fill);
+  EXPECT_EQ(8, fmtSpec.width);
+  EXPECT_EQ('X', fmtSpec.conversion);
+  EXPECT_TRUE(DecodeFormatSpec("", fmtSpec));
+  EXPECT_EQ(' ', fmtSpec.fill);
+  EXPECT_EQ(0, fmtSpec.width);
+  EXPECT_EQ(0, fmtSpec.conversion);
+  EXPECT_TRUE(DecodeFormatSpec("12", fmtSpec));
+  EXPECT_EQ(12, fmtSpec.width);
+  EXPECT_FALSE(DecodeFormatSpec("x5", fmtSpec));
+  EXPECT_FALSE(DecodeFormatSpec("5dd", fmtSpec));
+  EXPECT_FALSE(DecodeFormatSpec("12345678901", fmtSpec));
+  EXPECT_TRUE(DecodeFormatSpec(u"02d", fmtSpec));
 }
