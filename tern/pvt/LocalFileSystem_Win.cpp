@@ -297,20 +297,13 @@ CError CLocalFileSystem::GetItemType(const CPath& path) {
   return (attributes & FILE_ATTRIBUTE_DIRECTORY) ? S_FSIsDirectory : S_FSIsFile;
 }
 
+// Empty when a walk finds no entry but "." and "..".
 CError CLocalFileSystem::IsDirectoryEmpty(const CPath& dir,
                                           const char* patternStr) {
-  TERN_ASSERT(patternStr);
-  if (!dir.IsValid() || !patternStr) return E_BadArgument;
-  CPath pattern = dir;
-  CError err = pattern.AppendComponent(patternStr);
-  if (Failed(err)) return err;
-  WIN32_FIND_DATAA entry;
-  CFindHandle find(::FindFirstFileA(pattern.OSToPathString().Chars(), &entry));
-  if (!find.IsValid()) return LastError();
-  do {
-    if (!IsDotEntry(entry.cFileName)) return E_DirNotEmpty;
-  } while (::FindNextFileA(find.Get(), &entry));
-  return Ok;
+  struct CFirstEntry : CVisitor {
+    CError Visit(CFileSystem&, const CPath&) override { return E_DirNotEmpty; }
+  } firstEntry;
+  return EnumerateDirectory(dir, patternStr, firstEntry);
 }
 
 CError CLocalFileSystem::EnumerateDirectory(const CPath& dir,

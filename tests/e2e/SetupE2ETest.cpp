@@ -383,3 +383,13 @@ TEST(NotificationDialog, SilentRunWritesOnlyAKnownAnswer) {
   EXPECT_FALSE(showed);
   EXPECT_EQ("Y", GetRegString(HKEY_CURRENT_USER, cUserSettings, "Notify"));
 }
+
+TEST(Logs, InternalErrorsAreReportedAndTheRunGoesOn) {
+  SourceFolder source;
+  source.Standard();
+  EXPECT_EQ(0, RunSetup(source, "-crash -s -i"));
+  std::string log = ReadLog(cFirstInstallLog);
+  EXPECT_TRUE(Contains(log, "\r\nAssert( Crash test requested (-crash) );\r\n")) << log;
+  EXPECT_TRUE(Contains(log, "File: setup/Setup.cpp, Line#: ")) << log;
+  ExpectWellFormed(cFirstInstallLog, 0, "exitOk");
+}
