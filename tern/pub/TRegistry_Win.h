@@ -56,6 +56,7 @@ class CWinRegKey {
 
  private:
   UInt32 Access(Int mode) const;
+  bool EnumName(Int index, CStr& name, bool values);
 
   void* mHKey = nullptr;
   bool mClose = false;

@@ -236,28 +236,28 @@ bool CWinRegKey::QueryInfo(Int* subKeyCount, Int* valueCount) {
   return true;
 }
 
-bool CWinRegKey::EnumSubKey(Int index, CStr& name) {
+// Subkeys and values are enumerated alike, into a buffer of the longest name.
+bool CWinRegKey::EnumName(Int index, CStr& name, bool values) {
   if (!IsValid() || (mMaxNameLen == 0 && !QueryInfo())) return false;
   DWORD nameLen = mMaxNameLen + 1;
   if (!(nameLen <= INT_MAX)) TERN_FAIL("nameLen<=INT_MAX");
   std::vector<char> buf(nameLen + 1, 0);
-  if (::RegEnumKeyExA(static_cast<HKEY>(mHKey), index, buf.data(), &nameLen,
-                      nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-    return false;
+  HKEY key = static_cast<HKEY>(mHKey);
+  LONG result = values ? ::RegEnumValueA(key, index, buf.data(), &nameLen,
+                                         nullptr, nullptr, nullptr, nullptr)
+                       : ::RegEnumKeyExA(key, index, buf.data(), &nameLen,
+                                         nullptr, nullptr, nullptr, nullptr);
+  if (result != ERROR_SUCCESS) return false;
   name.Assign(buf.data(), static_cast<Int>(nameLen));
   return true;
 }
 
+bool CWinRegKey::EnumSubKey(Int index, CStr& name) {
+  return EnumName(index, name, false);
+}
+
 bool CWinRegKey::EnumValue(Int index, CStr& name) {
-  if (!IsValid() || (mMaxNameLen == 0 && !QueryInfo())) return false;
-  DWORD nameLen = mMaxNameLen + 1;
-  if (!(nameLen <= INT_MAX)) TERN_FAIL("nameLen<=INT_MAX");
-  std::vector<char> buf(nameLen + 1, 0);
-  if (::RegEnumValueA(static_cast<HKEY>(mHKey), index, buf.data(), &nameLen,
-                      nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-    return false;
-  name.Assign(buf.data(), static_cast<Int>(nameLen));
-  return true;
+  return EnumName(index, name, true);
 }
 
 bool CWinRegKey::ReadString(const char* rootedPath, const char* name,

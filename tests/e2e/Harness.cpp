@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "PlatformRegistry.h"
 #include "TestSupport.h"
 
 namespace E2E {
@@ -133,15 +134,7 @@ bool SetRegString(HKEY root, const std::string& subKey, const char* name,
 
 std::string GetRegString(HKEY root, const std::string& subKey,
                          const char* name) {
-  HKEY key = nullptr;
-  if (::RegOpenKeyExA(root, subKey.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-    return "<none>";
-  char data[1024] = "";
-  DWORD size = sizeof data, type = 0;
-  LONG result = ::RegQueryValueExA(key, name, nullptr, &type,
-                                   reinterpret_cast<BYTE*>(data), &size);
-  ::RegCloseKey(key);
-  return result == ERROR_SUCCESS ? data : "<none>";
+  return TestSupport::RegistryString(root, subKey, name);
 }
 
 void DeleteRegTree(HKEY root, const std::string& subKey) {

@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "PlatformRegistry.h"
 #include "TRegistry_Win.h"
 #include "TStream.h"
 #include "TestSupport.h"
@@ -33,15 +34,7 @@ void RemoveTree(HKEY root, const char* path, REGSAM view = 0) {
 // What the platform itself reads at a path and value, or "<none>".
 std::string PlatformString(HKEY root, const char* path, const char* name,
                            REGSAM view = 0) {
-  HKEY key = nullptr;
-  if (::RegOpenKeyExA(root, path, 0, KEY_READ | view, &key) != ERROR_SUCCESS)
-    return "<none>";
-  char data[512] = "";
-  DWORD size = sizeof data, type = 0;
-  LONG result = ::RegQueryValueExA(key, name, nullptr, &type,
-                                   reinterpret_cast<BYTE*>(data), &size);
-  ::RegCloseKey(key);
-  return result == ERROR_SUCCESS ? data : "<none>";
+  return TestSupport::RegistryString(root, path, name, view);
 }
 
 class RegistryTest : public ::testing::Test {
