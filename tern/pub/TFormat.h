@@ -8,6 +8,8 @@
 
 namespace Tern {
 
+class CPath;
+
 // A decoded format spec: optional "0" (fill), optional width, optional
 // conversion letter, at most 10 characters in all.
 struct CFormatSpec {
@@ -54,6 +56,7 @@ class CBasicFormat {
   bool Item(const Ch* var, UInt32 value);
   bool Item(const Ch* var, double value);
   bool Item(const Ch* var, bool value);
+  bool Item(const Ch* var, const CPath& path);
 
   const StrT& Result() const { return mText; }
 
@@ -63,6 +66,8 @@ class CBasicFormat {
   static bool FormatUInt32(const Ch* fmtSpec, const void* item, StrT& out);
   static bool FormatDouble(const Ch* fmtSpec, const void* item, StrT& out);
   static bool FormatBool(const Ch* fmtSpec, const void* item, StrT& out);
+  // The path's operating-system text; "(bad path)" for an invalid path.
+  static bool FormatPath(const Ch* fmtSpec, const void* item, StrT& out);
 
  private:
   // Finds the next placeholder named `var` at or after `pos`, removes it and

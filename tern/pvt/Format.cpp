@@ -1,6 +1,7 @@
 #include <cstdio>
 
 #include "TError.h"
+#include "TFileSystem.h"
 #include "TFormat.h"
 #include "TStr.h"
 #include "TVarList.h"
@@ -252,6 +253,23 @@ bool CBasicFormat<Ch>::FormatBool(const Ch* fmtSpec, const void* item,
                                   StrT& out) {
   CFormatSpec decoded = DecodeOrDefault(fmtSpec);
   Assign(out, *static_cast<const bool*>(item) ? "True" : "False");
+  Pad(out, decoded);
+  return true;
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::Item(const Ch* var, const CPath& path) {
+  return Item(var, &path, FormatPath);
+}
+
+template <typename Ch>
+bool CBasicFormat<Ch>::FormatPath(const Ch* fmtSpec, const void* item,
+                                  StrT& out) {
+  CFormatSpec decoded = DecodeOrDefault(fmtSpec);
+  const CPath& path = *static_cast<const CPath*>(item);
+  CStr text;
+  if (!path.IsValid() || Failed(path.OSToPathString(text))) text = "(bad path)";
+  Assign(out, text.Chars());
   Pad(out, decoded);
   return true;
 }

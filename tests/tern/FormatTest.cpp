@@ -1,5 +1,6 @@
 #include <string>
 
+#include "TFileSystem.h"
 #include "TFormat.h"
 #include "TVarList.h"
 #include "TestSupport.h"
@@ -119,4 +120,24 @@ TEST(Format, DecodeFormatSpec) {
   EXPECT_FALSE(DecodeFormatSpec("5dd", fmtSpec));
   EXPECT_FALSE(DecodeFormatSpec("12345678901", fmtSpec));
   EXPECT_TRUE(DecodeFormatSpec(u"02d", fmtSpec));
+}
+
+TEST(Format, PathsPrintTheirSystemTextOrBadPath) {
+  CPath fonts("C:\\Windows\\Fonts\\lattice.ttf");
+  CFormat line("Could not copy font file <src> to <dest>, error <error>",
+               nullptr, CFormat::fmtNoGlobalExpansion);
+  EXPECT_TRUE(line.Item("src", fonts));
+  EXPECT_TRUE(line.Item("dest", CPath()));
+  EXPECT_TRUE(line.Item("error", "E_DiskFull"));
+  EXPECT_STREQ(
+      "Could not copy font file C:\\Windows\\Fonts\\lattice.ttf to (bad path), "
+      "error E_DiskFull",
+      line.Result().Chars());
+  // A width pads the path text like any other text.
+  CFormat padded("[<P:12>]", nullptr, CFormat::fmtNoGlobalExpansion);
+  padded.Item("P", CPath("C:\\a"));
+  EXPECT_STREQ("[        C:\\a]", padded.Result().Chars());
+  CWFormat wide(u"<P>", nullptr, CWFormat::fmtNoGlobalExpansion);
+  wide.Item(u"P", CPath());
+  EXPECT_TRUE(wide.Result() == CWStr(u"(bad path)"));
 }

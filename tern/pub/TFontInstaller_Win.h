@@ -1,0 +1,58 @@
+// Installs TrueType fonts into the system's fonts folder and removes them.
+// An installed copy is replaced only by a file that is not older. Every step
+// goes into the log stream given at construction; running programs hear of
+// the change once, when the batch ends.
+#pragma once
+
+#include "TError.h"
+#include "TFileSystem.h"
+#include "TString.h"
+
+namespace Tern {
+
+class CStream;
+struct CFontFacts;
+
+class CFontInstaller {
+ public:
+  // One installer at a time. `log` may be null: then nothing is written.
+  explicit CFontInstaller(CStream* log);
+  ~CFontInstaller();
+  CFontInstaller(const CFontInstaller&) = delete;
+  CFontInstaller& operator=(const CFontInstaller&) = delete;
+
+  // Opens the batch's log block.
+  void Start();
+  // Installs the font file; `installedVersion` gets the revision of the copy
+  // that was installed before (0 when there was none). S_NewerFont when that
+  // copy is newer and stays.
+  CError Install(const CPath& srcFontFilePath, UInt32& installedVersion);
+  // Removes an installed font: from the system, its file and its registry
+  // value. `fontPath` names the file; only its name is used.
+  CError RemoveTrueTypeFont(const CPath& fontPath);
+  // Tells every top-level window (WM_FONTCHANGE) and closes the log block.
+  void End();
+
+  // The file registered for the font's name, "<name> (TrueType)" or
+  // "<name> Regular (TrueType)"; a bare name lies in the fonts folder.
+  CError GetInstalledFontFile(const char* fontName, CPath& file);
+  // True when GDI enumerates a family of that face name.
+  bool IsInstalled(const char* fontName);
+  // Adds the installed file to the system's font table and registers it.
+  CError InstallFont(const char* fontName, const CPath& fontPath);
+
+  // "HKEY_LOCAL_MACHINE\Software\Microsoft\<OSType>\CurrentVersion\Fonts".
+  static CStr FontsKeyPath();
+
+ private:
+  void Line(const char* text);
+  CError InstallSteps(const CPath& src, const CStr& srcText,
+                      UInt32& installedVersion);
+  CError ReplaceInstalled(const CFontFacts& facts, UInt32& installedVersion);
+  CError EnsureUniqueFontName(CPath& dest);
+
+  CStream* mLog;
+  static bool cInstantiated;
+};
+
+}  // namespace Tern

@@ -1,0 +1,349 @@
+#include <windows.h>
+
+#include "Platform.h"
+#include "TFontFile.h"
+#include "TFontInstaller_Win.h"
+#include "TFormat.h"
+#include "TRegistry_Win.h"
+#include "TStr.h"
+#include "TStream.h"
+
+namespace Tern {
+
+bool CFontInstaller::cInstantiated = false;
+
+namespace {
+
+const char cTrueTypeSuffix[] = " (TrueType)";
+const char cRegularTrueTypeSuffix[] = " Regular (TrueType)";
+
+// A log template filled by name; the font names and paths are never
+// expanded against the program's variables.
+class CLogTemplate : public CFormat {
+ public:
+  explicit CLogTemplate(const char* templ)
+      : CFormat(templ, nullptr, fmtNoGlobalExpansion) {}
+};
+
+CStr Concat(const char* a, const char* b) {
+  CStr text(a);
+  text += b;
+  return text;
+}
+
+bool IsNTFamily() { return (::GetVersion() & 0x80000000u) == 0; }
+
+int CALLBACK CountFamily(const LOGFONTA*, const TEXTMETRICA*, DWORD,
+                         LPARAM count) {
+  ++*reinterpret_cast<Int*>(count);
+  return 1;
+}
+
+CStr FileNameOf(const char* pathText) {
+  CPath path(pathText);
+  CStr name;
+  if (!path.IsValid() || Failed(path.GetComponentString(CPath::ctFile, name)))
+    return CStr(pathText);
+  return name;
+}
+
+// The value of the fonts key whose data names `fileName`, compared by file
+// name without regard to case.
+bool FindValueForFile(CWinRegKey& fonts, const CStr& fileName, CStr& found) {
+  CStr name, data;
+  for (Int i = 0; fonts.EnumValue(i, name); ++i) {
+    if (fonts.GetString(name.Chars(), data) &&
+        ::lstrcmpiA(FileNameOf(data.Chars()).Chars(), fileName.Chars()) == 0) {
+      found = name;
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+CFontInstaller::CFontInstaller(CStream* log) : mLog(log) {
+  if (cInstantiated) TERN_FAIL("! cInstantiated");
+  cInstantiated = true;
+}
+
+CFontInstaller::~CFontInstaller() { cInstantiated = false; }
+
+void CFontInstaller::Line(const char* text) {
+  if (!mLog) return;
+  mLog->Printf("%s\n", text);
+  mLog->Flush();
+}
+
+CStr CFontInstaller::FontsKeyPath() {
+  CStr path("HKEY_LOCAL_MACHINE\\Software\\Microsoft\\");
+  path += IsNTFamily() ? "Windows NT" : "Windows";
+  path += "\\CurrentVersion\\Fonts";
+  return path;
+}
+
+void CFontInstaller::Start() {
+  Line("\nFont installation start {");
+  if (mLog) mLog->IncIndent();
+}
+
+void CFontInstaller::End() {
+  Line("Broadcasting WM_FONTCHANGE.");
+  ::PostMessageA(HWND_BROADCAST, WM_FONTCHANGE, 0, 0);
+  if (!mLog) return;
+  if (mLog->GetIndentLevel() > 0)
+    mLog->DecIndent();
+  else
+    TERN_FAIL("mIndentLevel > 0");
+  Line("} Font installation end.\n");
+}
+
+CError CFontInstaller::GetInstalledFontFile(const char* fontName, CPath& file) {
+  TERN_ASSERT(fontName && *fontName);
+  if (!fontName || !*fontName) return E_BadArgument;
+  CWinRegKey fonts;
+  if (!fonts.Open(FontsKeyPath().Chars(), rmRead)) {
+    CLogTemplate line("<reason>: Could not open fonts registry key <regKey>");
+    line.Item("reason", "GetInstalledFontFile");
+    line.Item("regKey", FontsKeyPath().Chars());
+    Line(line.Result().Chars());
+    return E_NotFound;
+  }
+  CStr data;
+  if (!fonts.GetString(Concat(fontName, cTrueTypeSuffix).Chars(), data) &&
+      !fonts.GetString(Concat(fontName, cRegularTrueTypeSuffix).Chars(), data))
+    return E_NotFound;
+  CPath given(data.Chars());
+  if (given.IsValid() && given.IsFullPath()) {
+    file = given;
+    return Ok;
+  }
+  CError err = CLocalFileSystem::Instance().GetDirectory(
+      CLocalFileSystem::dtFontsDir, file);
+  if (Failed(err)) return err;
+  return file.AppendComponent(data.Chars());
+}
+
+bool CFontInstaller::IsInstalled(const char* fontName) {
+  TERN_ASSERT(fontName && *fontName);
+  if (!fontName || !*fontName) return false;
+  LOGFONTA face = {};
+  face.lfCharSet = DEFAULT_CHARSET;
+  ::lstrcpynA(face.lfFaceName, fontName, LF_FACESIZE);
+  HDC dc = ::CreateCompatibleDC(nullptr);
+  Int families = 0;
+  ::EnumFontFamiliesExA(dc, &face, CountFamily,
+                        reinterpret_cast<LPARAM>(&families), 0);
+  ::DeleteDC(dc);
+  return families > 0;
+}
+
+CError CFontInstaller::InstallFont(const char* fontName,
+                                   const CPath& fontPath) {
+  const CStr fontFile = fontPath.OSToPathString();
+  const int added = ::AddFontResourceA(fontFile.Chars());
+  if (added == 0) {
+    CLogTemplate line(
+        "InstallFont: Could not add font to font table. Font = <fontFile>, "
+        "result = <result>");
+    line.Item("fontFile", fontFile.Chars());
+    line.Item("result", static_cast<Int32>(added));
+    Line(line.Result().Chars());
+    return E_CantAddFontToOS;
+  }
+  CWinRegKey fonts;
+  if (!fonts.Open(FontsKeyPath().Chars(), rmWrite)) {
+    CLogTemplate line("<reason>: Could not open fonts registry key <regKey>");
+    line.Item("reason", "InstallFont");
+    line.Item("regKey", FontsKeyPath().Chars());
+    Line(line.Result().Chars());
+    return E_NoAccess;
+  }
+  const CStr regValue = Concat(fontName, cTrueTypeSuffix);
+  CStr fileName;
+  fontPath.GetComponentString(CPath::ctFile, fileName);
+  if (!fonts.SetString(regValue.Chars(), fileName.Chars())) {
+    CLogTemplate line(
+        "InstallFont: Could not write font's registry key <regValue>, result = "
+        "<result>");
+    line.Item("regValue", regValue.Chars());
+    line.Item("result", ErrorName(Failure));
+    Line(line.Result().Chars());
+    return Failure;
+  }
+  return Ok;
+}
+
+CError CFontInstaller::EnsureUniqueFontName(CPath& dest) {
+  CLocalFileSystem& lfs = CLocalFileSystem::Instance();
+  CStr origName, extension;
+  dest.GetComponentString(CPath::ctName, origName);
+  dest.GetComponentString(CPath::ctExtension, extension);
+  CPath dir;
+  CError err = dest.GetComponent(CPath::ctDir, dir);
+  for (Int modNum = 1; Succeeded(err); ++modNum) {
+    err = lfs.GetItemType(dest);
+    if (err == E_NotFound) return Ok;
+    if (Failed(err)) break;  // only "exists" makes another name worth trying
+    CFormat name("<OrigName>_<ModNum:02d>", nullptr,
+                 CFormat::fmtNoGlobalExpansion);
+    name.Item("OrigName", origName.Chars());
+    name.Item("ModNum", modNum);
+    CStr file = name.Result();
+    if (!extension.IsEmpty()) file += Concat(".", extension.Chars());
+    dest = dir;
+    err = dest.AppendComponent(file.Chars());
+  }
+  return err;
+}
+
+CError CFontInstaller::Install(const CPath& srcFontFilePath,
+                               UInt32& installedVersion) {
+  installedVersion = 0;
+  TERN_ASSERT(srcFontFilePath.IsValid());
+  CStr srcText;
+  if (Failed(srcFontFilePath.OSToPathString(srcText))) return E_BadArgument;
+  if (mLog) {
+    mLog->Printf("Installing font from '%s' {\n", srcText.Chars());
+    mLog->IncIndent();
+  }
+  CError status = InstallSteps(srcFontFilePath, srcText, installedVersion);
+  if (mLog) mLog->DecIndent();
+  Line("}");
+  return status;
+}
+
+CError CFontInstaller::InstallSteps(const CPath& src, const CStr& srcText,
+                                    UInt32& installedVersion) {
+  CFontFacts facts;
+  CError status = ReadFontFacts(srcText.Chars(), facts);
+  if (Failed(status)) return status;
+  if (!IsInstalled(facts.name.Chars())) {
+    Line("Font NOT already installed");
+  } else {
+    status = ReplaceInstalled(facts, installedVersion);
+    if (Failed(status) || status == S_NewerFont) return status;
+  }
+  CPath dest;
+  CStr fileName;
+  status = CLocalFileSystem::Instance().GetDirectory(
+      CLocalFileSystem::dtFontsDir, dest);
+  if (Succeeded(status))
+    status = src.GetComponentString(CPath::ctFile, fileName);
+  if (Succeeded(status)) status = dest.AppendComponent(fileName.Chars());
+  if (Succeeded(status)) status = EnsureUniqueFontName(dest);
+  if (Failed(status)) {
+    CLogTemplate line("EnsureUniqueFontName failed with error <error>");
+    line.Item("error", ErrorName(status));
+    Line(line.Result().Chars());
+    return status;
+  }
+  status = CLocalFileSystem::Instance().Copy(src, dest, false);
+  if (Failed(status)) {
+    CLogTemplate line(
+        "Could not copy font file <src> to <dest>, error <error>");
+    line.Item("src", src);
+    line.Item("dest", dest);
+    line.Item("error", ErrorName(status));
+    Line(line.Result().Chars());
+    return status;
+  }
+  status = InstallFont(facts.name.Chars(), dest);
+  if (Succeeded(status)) Line("Font successfully installed");
+  return status;
+}
+
+// The font is installed already: keep a newer copy, else remove the
+// installed one so that this file takes its place. Equal versions are
+// replaced on purpose, so that a damaged installed copy can be repaired.
+CError CFontInstaller::ReplaceInstalled(const CFontFacts& facts,
+                                        UInt32& installedVersion) {
+  Line("Font already installed");
+  CPath installedFile;
+  CError status = GetInstalledFontFile(facts.name.Chars(), installedFile);
+  if (Failed(status)) {
+    Line(
+        "Can't get font's file - perhaps font is listed in FontSubstitutes. "
+        "Skipping font.");
+    return status;
+  }
+  CFontFacts installed;
+  ReadFontFacts(installedFile.OSToPathString().Chars(), installed);
+  installedVersion = installed.version;
+  CLogTemplate line(
+      "Current font version = <curVersion:08x>, installer font version = "
+      "<insVersion:08x>");
+  line.Item("curVersion", installed.version);
+  line.Item("insVersion", facts.version);
+  Line(line.Result().Chars());
+  if (installed.version > facts.version) {
+    Line("Not installing font as existing font is newer");
+    return S_NewerFont;
+  }
+  Line("Replacing existing installed font");
+  return RemoveTrueTypeFont(installedFile);
+}
+
+CError CFontInstaller::RemoveTrueTypeFont(const CPath& fontPath) {
+  CLocalFileSystem& lfs = CLocalFileSystem::Instance();
+  CPath winFontsDir, parentDir, fontName, fontFullPath;
+  if (Failed(lfs.GetDirectory(CLocalFileSystem::dtFontsDir, winFontsDir)))
+    TERN_FAIL(
+        "Succeeded( LFS.GetDirectory(CLocalFileSystem::dtFontsDir,winFontsDir) "
+        ")");
+  if (Failed(fontPath.GetComponent(CPath::ctDir, parentDir)))
+    TERN_FAIL("Succeeded( fontPath.GetComponent(ctDir,parentDir) )");
+  if (Failed(fontPath.GetComponent(CPath::ctFile, fontName)))
+    TERN_FAIL("Succeeded( fontPath.GetComponent(ctFile,fontName) )");
+  const CStr fontNameStr = fontName.ExtraPart();
+  fontFullPath = winFontsDir;
+  if (Failed(fontFullPath.AppendComponent(fontNameStr.Chars()))) {
+    TERN_FAIL("Succeeded( fontFullPath.AppendComponent(fontNameStr) )");
+    return E_BadArgument;
+  }
+
+  CWinRegKey fonts;
+  if (!fonts.Open(FontsKeyPath().Chars(), rmWrite)) {
+    CLogTemplate line("<reason>: Could not open fonts registry key <regKey>");
+    line.Item("reason", "RemoveTrueTypeFont");
+    line.Item("regKey", FontsKeyPath().Chars());
+    Line(line.Result().Chars());
+    return E_FontNotInstalled;
+  }
+  CStr regValue;
+  if (!FindValueForFile(fonts, fontNameStr, regValue)) {
+    Line("Cannot remove font, not found via registry enumeration");
+    return E_FontNotInstalled;
+  }
+  const CStr fullText = fontFullPath.OSToPathString();
+  if (!::RemoveFontResourceA(fullText.Chars())) {
+    const DWORD error = ::GetLastError();
+    if (mLog) {
+      mLog->Printf(
+          "RemoveFontResource failed for %s, GetLastError() = 0x%08X "
+          "(%s).\n",
+          fullText.Chars(), static_cast<unsigned>(error),
+          Platform::SystemErrorText(error).Chars());
+    }
+    return E_CantRemoveFontFromOS;
+  }
+  CError removed = lfs.RemoveFile(fontFullPath);
+  if (Failed(removed)) {
+    CLogTemplate line(
+        "Could not delete font file <fontFullPath>, result = : <result>");
+    line.Item("fontFullPath", fontFullPath);
+    line.Item("result", ErrorName(removed));
+    Line(line.Result().Chars());
+  }
+  if (!fonts.DeleteValue(regValue.Chars())) {
+    CLogTemplate line("Could not delete font's registry entry: <regKey>");
+    line.Item("regKey", regValue.Chars());
+    Line(line.Result().Chars());
+    return E_CantRemoveFontFromRegistry;
+  }
+  Line("Font successfully removed");
+  return Ok;
+}
+
+}  // namespace Tern
