@@ -103,6 +103,7 @@ CLogBlock::CLogBlock(const char* name) : mName(name), mLog(gLog) {
   if (!mLog) return;
   mLog->Printf("\nStart: %s {\n", mName.Chars());
   mLog->IncIndent();
+  mLog->Flush();
 }
 
 CLogBlock::~CLogBlock() {
@@ -111,6 +112,7 @@ CLogBlock::~CLogBlock() {
   TERN_ASSERT(mLog->GetIndentLevel() > 0);
   mLog->DecIndent();
   mLog->Printf("} End: %s\n\n", mName.Chars());
+  mLog->Flush();  // a run that is killed later still has the whole block
 }
 
 bool LogStep(bool ok, const char* message) {

@@ -1,20 +1,12 @@
-// The install actions and the removal steps the driver calls, and the check
-// whether the installed component files are in use.
+// The install actions and the removal steps the driver calls.
 #pragma once
 
 #include "TFileSystem.h"
+#include "ZNComponents.h"
 
 namespace Zendra {
 
 class CZendraSetupApp;
-
-// The product's COM components, in the order they are registered.
-extern const char* const cComponentFiles[5];
-
-// True when the file exists and cannot be opened for exclusive writing.
-bool FileIsInUse(const Tern::CPath& path);
-// True when any component file in `installDir` is in use.
-bool ComponentsInUse(const Tern::CPath& installDir);
 
 // The install actions: files, fonts, components, Office and registry
 // entries. False at the first failing step.
