@@ -13,12 +13,13 @@ echo "== Fresh Wine prefix: $prefix =="
 tests/support/wine-prefix.sh "$prefix"
 export WINEPREFIX=$prefix WINEDEBUG=-all
 
-# The install source folder: Setup.exe beside the product's configuration.
+# The install source folder: the sample product as it ships, Setup.exe
+# beside the product's files.
 source_dir="$prefix/drive_c/ZendraSource"
 mkdir -p "$source_dir"
-cp build/win/setup/Setup.exe "$source_dir/"
-wine build/win/tools/ovc/ovc.exe write 'C:\ZendraSource\Zendra.ovc' \
-  OVCMajVersion=4 AppName=Zendra "SetupName=Zendra Setup"
+cp -r build/win/sample/. "$source_dir/"
+echo "== Install source folder C:\ZendraSource =="
+(cd "$source_dir" && find . -type f | sort)
 wine build/win/tools/ovc/ovc.exe check 'C:\ZendraSource\Zendra.ovc'
 
 run_setup() {

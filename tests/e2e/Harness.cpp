@@ -35,8 +35,11 @@ bool SourceFolder::WriteConfig(
 }
 
 void SourceFolder::Standard() const {
+  std::error_code ec;
+  fs::copy(WindowsPath(ArgValue("sample-dir")), mDir,
+           fs::copy_options::recursive | fs::copy_options::overwrite_existing,
+           ec);
   AddSetup();
-  WriteConfig({"OVCMajVersion=4", "AppName=Zendra", "SetupName=Zendra Setup"});
 }
 
 int RunSetup(const SourceFolder& source, const std::string& arguments,

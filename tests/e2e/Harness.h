@@ -1,7 +1,8 @@
-// End-to-end harness: lays out an install source folder holding the built
-// Setup.exe and a Zendra.ovc written by ovc, runs Setup.exe as a user would,
-// and reads back its exit code, its logs in the temporary folder and the
-// registry. Each case runs in a fresh Wine prefix (run-fresh.sh).
+// End-to-end harness: lays out an install source folder from the built sample
+// product (or just Setup.exe and a Zendra.ovc written by ovc), runs Setup.exe
+// as a user would, and reads back its exit code, its logs in the temporary
+// folder and the registry. Each case runs in a fresh Wine prefix
+// (run-fresh.sh).
 #pragma once
 
 #include <windows.h>
@@ -25,7 +26,8 @@ class SourceFolder {
   // Writes Zendra.ovc with the ovc program: NAME=VALUE pairs ("%" prefix:
   // read-only). True when ovc succeeded.
   bool WriteConfig(const std::vector<std::string>& variables) const;
-  // Setup.exe and a configuration of major version 4.
+  // The whole sample product, as it ships: Setup.exe, the components, fonts,
+  // subfolders and a Zendra.ovc of major version 4 (--sample-dir=...).
   void Standard() const;
 
  private:
