@@ -109,7 +109,9 @@ CZendraSetupApp* CZendraSetupApp::Current() {
 
 Int CZendraSetupApp::Main(const char* cmdLine) {
   Int exitCode = CGUIApplication::Main(cmdLine);
-  CloseLog(mVerbose, exitCode);  // the application ends here
+  // The application ends here; after an install the log goes beside the
+  // installed product as well.
+  CloseLog(mVerbose, exitCode, mLogCopyDir.IsValid() ? &mLogCopyDir : nullptr);
   return exitCode;
 }
 

@@ -1,6 +1,7 @@
 // The setup program's application object: its run is the whole installer.
 #pragma once
 
+#include "InstallLog.h"
 #include "TApplication.h"
 #include "TFileSystem.h"
 #include "TString.h"
@@ -76,6 +77,19 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   // Creates a folder the install needs; says so to the user when it can't.
   bool CreateDirectoryStep(const CPath& dir, const char* description);
 
+  // ---- Install steps ----
+  // Every step's result: a false result or a failed code reports the step's
+  // failure text (and counts it) and gives false.
+  bool CheckStep(bool ok, const char* failureText) {
+    return LogStep(ok, failureText);
+  }
+  bool CheckStep(Tern::CError code, const char* failureText) {
+    return CheckStep(Tern::Succeeded(code), failureText);
+  }
+  // Called once the install actions have ended, either way: the log is then
+  // also copied into the install folder when it is closed.
+  void InstallEnded(const CPath& installDir) { mLogCopyDir = installDir; }
+
  protected:
   void Run() override;
 
@@ -115,6 +129,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   CStr mSetupVersionText;
   CVersion mInstalledVersion;
   CStr mInstalledServerPath;
+  CPath mLogCopyDir;
 };
 
 // Shows dialog 2000 with `text`; the choice goes to the variable "Notify".

@@ -27,9 +27,4 @@ bool RemoveProduct(CZendraSetupApp& app) {
   return true;
 }
 
-bool RemoveSetupProgram(CZendraSetupApp&) {
-  LogText("The self-deleting batch file is not built into this Setup yet.\n");
-  return true;
-}
-
 }  // namespace Zendra

@@ -5,6 +5,7 @@
 #include "TApplication.h"
 #include "TFileSystem.h"
 #include "TRegistry_Win.h"
+#include "TScopedHandle_Win.h"
 #include "TStr.h"
 
 namespace Tern {
@@ -12,26 +13,6 @@ namespace Tern {
 namespace {
 
 CError LastError() { return ErrorFromWindows(::GetLastError()); }
-
-// Closes a handle however the function that opened it ends.
-template <BOOL(WINAPI* Close)(HANDLE)>
-class CScopedHandle {
- public:
-  explicit CScopedHandle(HANDLE handle) : mHandle(handle) {}
-  ~CScopedHandle() {
-    if (IsValid()) Close(mHandle);
-  }
-  CScopedHandle(const CScopedHandle&) = delete;
-  CScopedHandle& operator=(const CScopedHandle&) = delete;
-  bool IsValid() const { return mHandle != INVALID_HANDLE_VALUE; }
-  HANDLE Get() const { return mHandle; }
-
- private:
-  HANDLE mHandle;
-};
-
-using CFindHandle = CScopedHandle<::FindClose>;
-using CKernelHandle = CScopedHandle<::CloseHandle>;
 
 bool IsDotEntry(const char* name) {
   return Str::Equal(name, ".") || Str::Equal(name, "..");

@@ -1,0 +1,92 @@
+// The font step of an install: each font of the list is copied into the
+// product's fonts folder and installed into the system from there.
+#include <windows.h>
+
+#include "InstallLog.h"
+#include "Setup.h"
+#include "TFontInstaller_Win.h"
+#include "ZNFiles.h"
+#include "ZNVisitors.h"
+
+namespace Zendra {
+
+using Tern::CLocalFileSystem;
+
+namespace {
+
+const char* const cFontFiles[18] = {
+    "qxextra.ttf",   "lattice.ttf",  "latticeb.ttf",
+    "latticebi.ttf", "latticei.ttf", "latsym.ttf",
+    "latsymb.ttf",   "latsymbi.ttf", "latsymi.ttf",
+    "laextra.ttf",   "laextrab.ttf", "lafrak.ttf",
+    "lafrakb.ttf",   "lamat1.ttf",   "lamat1b.ttf",
+    "lamat2.ttf",    "lamat2b.ttf",  "gh_SimBraille_Nemeth_One.ttf"};
+
+const char cQXExtra[] = "qxextra.ttf";
+const Tern::UInt32 cCurrentQXExtraVersion = 0x40000;  // 4.0
+const char cQXExtraWarning[] =
+    "An error occurred updating the QX Extra font. You will need to manually "
+    "install this font by dragging it from the Zendra Fonts folder to the "
+    "Windows Fonts folder.";
+
+// Whether the code means that an installed font could not be replaced.
+bool CouldNotReplace(CError code) {
+  return code == Tern::E_CantRemoveFontFromOS || code == Tern::E_NoAccess;
+}
+
+// Judges one font's failed install: true when the install may go on as if
+// it had succeeded.
+bool FontFailureIsAcceptable(const char* name, CError code,
+                             Tern::UInt32 installedVersion) {
+  LogText("Cannot install font: '%s' (error: '%s', 0x%08lX).\n", name,
+          Tern::ErrorName(code), static_cast<unsigned long>(code.Code()));
+  if (!CouldNotReplace(code)) return false;
+  if (::lstrcmpiA(name, cQXExtra) != 0) {
+    LogText("Failed to replace %s, not necessary so continue installation.\n",
+            name);
+    return true;
+  }
+  if (installedVersion >= cCurrentQXExtraVersion) {
+    LogText("Current version of QX Extra detected, skip warning.\n");
+    return true;
+  }
+  LogText("Old version of QX Extra detected, warn user to manually install.\n");
+  // Shown even in a silent run: only a person can put this font in place.
+  ::MessageBoxA(nullptr, cQXExtraWarning, cSetupCaption,
+                MB_OK | MB_ICONWARNING | MB_SETFOREGROUND);
+  return false;
+}
+
+}  // namespace
+
+bool InstallFonts(CZendraSetupApp& app) {
+  LogText("InstallFonts( src = '%s', dest = '%s' )\n",
+          app.SetupDir().OSToPathString().Chars(),
+          app.FontsDir().OSToPathString().Chars());
+  CLocalFileSystem& lfs = CLocalFileSystem::Instance();
+  if (!CreateInstallDirectory("Fonts", app.FontsDir()) ||
+      !LogStatus(lfs.DeleteDirectoryContents(app.FontsDir()),
+                 "Failed to empty Fonts folder."))
+    return false;
+
+  bool ok = true;
+  Tern::CFontInstaller installer(CurrentLog());
+  installer.Start();
+  for (const char* name : cFontFiles) {
+    if (!CopyOneFile(app, name, app.SetupDir(), app.FontsDir())) {
+      ok = false;
+      continue;
+    }
+    CPath copied = app.FontsDir();
+    copied.AppendComponent(name);
+    Tern::UInt32 installedVersion = 0;
+    CError code = installer.Install(copied, installedVersion);
+    if (Tern::Failed(code) &&
+        !FontFailureIsAcceptable(name, code, installedVersion))
+      ok = false;
+  }
+  installer.End();
+  return ok;
+}
+
+}  // namespace Zendra
