@@ -330,9 +330,11 @@ bool CZendraSetupApp::InternetExplorerIsRecentEnough() const {
   CStr version;
   if (!CWinRegKey::ReadString(cInternetExplorerKey, "Version", version))
     return false;
+  // The major number is the text before the first "."; without a "." in a
+  // place after the first character ("11", ".5") the whole text is taken.
   const Int dot = version.Find('.');
-  if (dot <= 0) return false;  // no number before a "." (or no "." at all)
-  return std::strtol(version.Mid(0, dot).Chars(), nullptr, 10) >= 6;
+  const CStr major = dot > 0 ? version.Mid(0, dot) : version;
+  return std::strtol(major.Chars(), nullptr, 10) >= 6;
 }
 
 void CZendraSetupApp::ShowSuccess() {
