@@ -113,15 +113,15 @@ Int CZendraSetupApp::Main(const char* cmdLine) {
   return exitCode;
 }
 
-void CZendraSetupApp::MessageDialog(const char* text, MessageKind kind) {
-  TERN_ASSERT(text);
-  if (!text) return;
+void CZendraSetupApp::MessageDialog(const char* message, MessageKind kind) {
+  TERN_ASSERT(message);
+  if (!message) return;
   if (mSilent) {
-    LogText("MessageDialog (suppressed due to -s option):\n%s\n", text);
+    LogText("MessageDialog (suppressed due to -s option):\n%s\n", message);
     return;
   }
-  LogText("MessageDialog: displayed\n%s\n", text);
-  ::MessageBoxA(nullptr, text, cSetupCaption, kind);
+  LogText("MessageDialog: displayed\n%s\n", message);
+  ::MessageBoxA(nullptr, message, cSetupCaption, kind);
 }
 
 // ---- The run ----------------------------------------------------------------
@@ -426,8 +426,8 @@ void CZendraSetupApp::DetectInstalledCopy() {
 }
 
 void CZendraSetupApp::SetInstallDir(const CPath& dir) {
-  TERN_ASSERT(dir.IsValid());
   mInstallDir = dir;
+  TERN_ASSERT(mInstallDir.IsValid());
   LogText("Installation directory = '%s'.\n",
           mInstallDir.OSToPathString().Chars());
 }

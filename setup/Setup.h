@@ -50,7 +50,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   Int Main(const char* cmdLine) override;
 
   // Every setup message goes through here: shown, or only logged when silent.
-  void MessageDialog(const char* text, MessageKind kind);
+  void MessageDialog(const char* message, MessageKind kind);
 
   bool IsSilent() const { return mSilent; }
   bool IsVerbose() const { return mVerbose; }

@@ -112,7 +112,7 @@ bool CWinRegKey::Open(const char* path, const CWinRegKey& parent, Int mode) {
 }
 
 bool CWinRegKey::OpenCurrentUser(Int mode) {
-  TERN_ASSERT(mRegView == rvDefaultView);
+  if (mRegView != rvDefaultView) TERN_FAIL("mRegView==rvDefaultView");
   if (IsValid()) {
     TERN_FAIL("! IsValid()");
     return false;

@@ -306,3 +306,13 @@ TEST(MessageDialog, FlagsMapToThePlatformStyle) {
   EXPECT_ASSERTION(MessageDialog(nullptr, nullptr, "text", mdOK), "title");
   EXPECT_ASSERTION(MessageDialog(nullptr, "title", nullptr, mdOK), "text");
 }
+
+TEST(MessageDialog, SetupMessageRequiresTheMessage) {
+  Zendra::CZendraSetupApp app(0);
+  EXPECT_ASSERTION(app.MessageDialog(nullptr, Zendra::mkPlain), "message");
+}
+
+TEST(InstallLocation, TheInstallFolderMustBeValid) {
+  Zendra::CZendraSetupApp app(0);
+  EXPECT_ASSERTION(app.SetInstallDir(Tern::CPath()), "mInstallDir.IsValid()");
+}
