@@ -99,18 +99,25 @@ void CloseLog(bool verbose, Int exitCode, const CPath* destDir) {
     CLocalFileSystem::Instance().Copy(gLogPath, *destDir, true);
 }
 
-CLogBlock::CLogBlock(const char* name) : mName(name), mLog(gLog) {
-  if (!mLog) return;
-  mLog->Printf("\nStart: %s {\n", mName.Chars());
-  mLog->IncIndent();
+UInt32 CLogStream::cLastSerial = 0;
+
+CLogBlock::CLogBlock(const char* name)
+    : mName(name), mLogSerial(gLog ? gLog->Serial() : 0) {
+  if (!gLog) return;
+  gLog->Printf("\nStart: %s {\n", mName.Chars());
+  gLog->IncIndent();
 }
 
-CLogBlock::~CLogBlock() {
-  // The log may have been closed and another opened inside the block.
-  if (!mLog || mLog != gLog) return;
-  TERN_ASSERT(mLog->GetIndentLevel() > 0);
-  mLog->DecIndent();
-  mLog->Printf("} End: %s\n\n", mName.Chars());
+void CLogBlock::End() {
+  const UInt32 serial = mLogSerial;
+  mLogSerial = 0;
+  // The log may have been closed, and another opened, inside the block.
+  if (serial == 0 || !gLog || gLog->Serial() != serial) return;
+  if (gLog->GetIndentLevel() > 0)
+    gLog->DecIndent();
+  else
+    TERN_FAIL("mIndentLevel > 0");
+  gLog->Printf("} End: %s\n\n", mName.Chars());
 }
 
 bool LogStep(bool ok, const char* message) {
