@@ -11,13 +11,6 @@ namespace {
 
 const Int cMaxSpecLength = 10;
 
-template <typename Ch>
-Int TextLength(const Ch* text) {
-  Int n = 0;
-  while (text && text[n]) ++n;
-  return n;
-}
-
 // Digits and letters are ASCII: format narrow, then widen by code unit.
 void Assign(CStr& out, const char* text) { out = text; }
 void Assign(CWStr& out, const char* text) {
