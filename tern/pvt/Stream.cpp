@@ -397,7 +397,7 @@ CError CStream::WPrintf(const char16_t* format, ...) {
   va_end(retryArgs);
   if (n >= 0) return WriteString(buf, n);
   TERN_FAIL(cWideFormatBufferAssertion);
-  const Int fits = static_cast<Int>(sizeof(buf) / sizeof(buf[0])) - 1;
+  const Int fits = CountOf(buf) - 1;
   return WriteString(whole.Chars(),
                      whole.Length() < fits ? whole.Length() : fits);
 }
