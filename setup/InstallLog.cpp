@@ -99,20 +99,27 @@ void CloseLog(bool verbose, Int exitCode, const CPath* destDir) {
     CLocalFileSystem::Instance().Copy(gLogPath, *destDir, true);
 }
 
-CLogBlock::CLogBlock(const char* name) : mName(name), mLog(gLog) {
-  if (!mLog) return;
-  mLog->Printf("\nStart: %s {\n", mName.Chars());
-  mLog->IncIndent();
-  mLog->Flush();
+UInt32 CLogStream::cLastSerial = 0;
+
+CLogBlock::CLogBlock(const char* name)
+    : mName(name), mLogSerial(gLog ? gLog->Serial() : 0) {
+  if (!gLog) return;
+  gLog->Printf("\nStart: %s {\n", mName.Chars());
+  gLog->IncIndent();
+  gLog->Flush();
 }
 
-CLogBlock::~CLogBlock() {
-  // The log may have been closed and another opened inside the block.
-  if (!mLog || mLog != gLog) return;
-  TERN_ASSERT(mLog->GetIndentLevel() > 0);
-  mLog->DecIndent();
-  mLog->Printf("} End: %s\n\n", mName.Chars());
-  mLog->Flush();  // a run that is killed later still has the whole block
+void CLogBlock::End() {
+  const UInt32 serial = mLogSerial;
+  mLogSerial = 0;
+  // The log may have been closed, and another opened, inside the block.
+  if (serial == 0 || !gLog || gLog->Serial() != serial) return;
+  if (gLog->GetIndentLevel() > 0)
+    gLog->DecIndent();
+  else
+    TERN_FAIL("mIndentLevel > 0");
+  gLog->Printf("} End: %s\n\n", mName.Chars());
+  gLog->Flush();  // a run that is killed later still has the whole block
 }
 
 bool LogStep(bool ok, const char* message) {

@@ -17,11 +17,17 @@ using Tern::UInt32;
 
 class CLogStream : public Tern::CFileStream {
  public:
-  explicit CLogStream(const CPath& path) : mPath(path) {}
+  explicit CLogStream(const CPath& path)
+      : mPath(path), mSerial(++cLastSerial) {}
   const CPath& Path() const { return mPath; }
+  // Tells this log from every other log of the run, also from one that
+  // later takes over its memory.
+  UInt32 Serial() const { return mSerial; }
 
  private:
+  static UInt32 cLastSerial;
   CPath mPath;
+  UInt32 mSerial;
 };
 
 // "Zendra Install <Num>.log" (numbered: the first free number from 1) or
@@ -41,17 +47,21 @@ void CloseLog(bool verbose, Int exitCode, const CPath* destDir = nullptr);
 UInt32 ErrorCount();
 void ResetErrorCount();
 
-// A named block: "Start: <name> {" now, "} End: <name>" when it goes.
+// A named block: "Start: <name> {" now, "} End: <name>" when it goes. A block
+// whose log has been closed meanwhile writes nothing more.
 class CLogBlock {
  public:
   explicit CLogBlock(const char* name);
-  ~CLogBlock();
+  ~CLogBlock() { End(); }
   CLogBlock(const CLogBlock&) = delete;
   CLogBlock& operator=(const CLogBlock&) = delete;
 
+  // Ends the block before it goes; once ended, it does nothing more.
+  void End();
+
  private:
   CStr mName;
-  CLogStream* mLog;
+  UInt32 mLogSerial;  // the log the block began in; 0: none, or ended
 };
 
 // "Failure: <message>" (and one more error) when !ok; nothing on success.

@@ -22,8 +22,6 @@ using Tern::CWinRegKey;
 
 const char cSetupCaption[] = "Zendra Setup";
 const char cMutexName[] = "ORV:ZendraSetup";
-const char cProductClassKey[] =
-    "HKEY_CLASSES_ROOT\\CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
 
 namespace {
 
@@ -55,25 +53,12 @@ const char cHandlerRemovalFailed[] =
     "Protocol handler removal failed!\n\nSee \"%s\" for details";
 const char cRemoved[] = "Zendra removed successfully.";
 const char cHandlerRemoved[] = "Protocol handler removed successfully.";
-const char cCannotCreateFolder[] =
-    "Unable to create Zendra folder (%s).\n\nYou must have permission to "
-    "install software in order to install Zendra.\nPlease log on with the "
-    "necessary permission, or contact your system administrator for help.";
 
 const char cOrvaneKey[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Orvane";
 const char cUserSettingsKey[] = "HKEY_CURRENT_USER\\SOFTWARE\\Orvane\\OVZN4";
 const char cInternetExplorerKey[] =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer";
 const UInt32 cErrorAlreadyExists = 183;
-
-CLocalFileSystem& LFS() { return CLocalFileSystem::Instance(); }
-
-// Appends one component and logs the step like every checked call.
-bool AppendStep(CPath& path, const CPath& from, const char* component,
-                const char* step) {
-  path = from;
-  return LogStatus(path.AppendComponent(component), step);
-}
 
 }  // namespace
 
@@ -115,15 +100,15 @@ Int CZendraSetupApp::Main(const char* cmdLine) {
   return exitCode;
 }
 
-void CZendraSetupApp::MessageDialog(const char* text, MessageKind kind) {
-  TERN_ASSERT(text);
-  if (!text) return;
+void CZendraSetupApp::MessageDialog(const char* message, MessageKind kind) {
+  TERN_ASSERT(message);
+  if (!message) return;
   if (mSilent) {
-    LogText("MessageDialog (suppressed due to -s option):\n%s\n", text);
+    LogText("MessageDialog (suppressed due to -s option):\n%s\n", message);
     return;
   }
-  LogText("MessageDialog: displayed\n%s\n", text);
-  ::MessageBoxA(nullptr, text, cSetupCaption, kind);
+  LogText("MessageDialog: displayed\n%s\n", message);
+  ::MessageBoxA(nullptr, message, cSetupCaption, kind);
 }
 
 // ---- The run ----------------------------------------------------------------
@@ -181,12 +166,6 @@ void CZendraSetupApp::ReadOwnProductVersion() {
             CVersion::GetVersionInfo(path, CVersion::viProductVersion, text);
   TERN_ASSERT(ok);
   CVarList::Global().Set("ProductVersion", text.Chars());
-}
-
-bool CZendraSetupApp::GetConfigPath(CPath& path) const {
-  CError err = LFS().GetDirectory(CLocalFileSystem::dtModuleDir, path);
-  return Tern::Succeeded(err) &&
-         Tern::Succeeded(path.AppendComponent("zendra.ovc"));
 }
 
 // The product's configuration file: merged when it is of major version 4,
@@ -273,7 +252,8 @@ void CZendraSetupApp::ProtocolHandlerRemovalSequence() {
     if (!IsInstalled()) {
       LogText("Deleting contents of directory: %s.\n",
               mInstallDir.OSToPathString().Chars());
-      LFS().DeleteDirectory(mInstallDir);  // failures ignored
+      // Failures are ignored.
+      CLocalFileSystem::Instance().DeleteDirectory(mInstallDir);
       bool removed;
       {
         CLogBlock block("Removing Setup");
@@ -318,7 +298,8 @@ bool CZendraSetupApp::OpenLogAndPrepare(const char* logName, bool numbered) {
   // -crash proves on a real machine that an internal error is reported into
   // the log and the run carries on.
   if (mCrash) TERN_FAIL("Crash test requested (-crash)");
-  if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtAppDir, mSetupDir),
+  if (!LogStatus(CLocalFileSystem::Instance().GetDirectory(
+                     CLocalFileSystem::dtAppDir, mSetupDir),
                  "Could not get Setup.exe's directory"))
     return false;
   LogText("Install source folder = '%s'.\n",
@@ -332,9 +313,11 @@ bool CZendraSetupApp::InternetExplorerIsRecentEnough() const {
   CStr version;
   if (!CWinRegKey::ReadString(cInternetExplorerKey, "Version", version))
     return false;
+  // The major number is the text before the first "."; without a "." in a
+  // place after the first character ("11", ".5") the whole text is taken.
   const Int dot = version.Find('.');
-  if (dot <= 0) return false;  // no number before a "." (or no "." at all)
-  return std::strtol(version.Mid(0, dot).Chars(), nullptr, 10) >= 6;
+  const CStr major = dot > 0 ? version.Mid(0, dot) : version;
+  return std::strtol(major.Chars(), nullptr, 10) >= 6;
 }
 
 void CZendraSetupApp::ShowSuccess() {
@@ -354,127 +337,6 @@ void CZendraSetupApp::StoreNotify() {
   if (!CVarList::Global().Get("Notify", notify)) return;
   bool written = settings.SetString("Notify", notify.Chars());
   TERN_ASSERT(written);
-}
-
-// ---- Install location and installed-copy detection -------------------------
-
-bool CZendraSetupApp::ReadSetupVersion() {
-  CLogBlock block("Getting version of Setup.exe");
-  CPath setupExe;
-  if (!AppendStep(setupExe, mSetupDir, "Setup.exe", "Append 'Setup'"))
-    return false;
-  CStr text;
-  if (!LogStep(CVersion::GetVersionInfo(setupExe.OSToPathString().Chars(),
-                                        CVersion::viProductVersion, text),
-               "Get Setup's product version."))
-    return false;
-  mSetupVersionText = text;
-  mSetupVersion.Parse(text.Chars());
-  LogText(
-      "The version of Zendra currently being installed (Setup's product "
-      "version) = '%s'.\n",
-      text.Chars());
-  return true;
-}
-
-bool CZendraSetupApp::InitInstallDirs() {
-  CLogBlock block("Initializing installation directories");
-  CPath programFiles;
-  if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtWinProgramFilesDir,
-                                    programFiles),
-                 "Get 'Program Files' directory"))
-    return false;
-  LogText("'Program Files' directory = '%s'.\n",
-          programFiles.OSToPathString().Chars());
-  CPath fonts;
-  return AppendStep(mMakerDir, programFiles, "Orvane", "Append 'Orvane'") &&
-         AppendStep(mInstallDir, mMakerDir, "Zendra", "Append 'Zendra'") &&
-         AppendStep(mCommonDir, mMakerDir, "Common", "Append 'Common'") &&
-         AppendStep(fonts, mCommonDir, "Fonts", "Append 'Fonts'") &&
-         AppendStep(mFontsDir, fonts, "TrueType", "Append 'TrueType'");
-}
-
-void CZendraSetupApp::DetectInstalledCopy() {
-  CLogBlock block("Check if Zendra already installed");
-  mInstalledVersion = CVersion();
-  mInstalledServerPath.Clear();
-  CWinRegKey classKey;
-  if (LogStep(classKey.Open(cProductClassKey, Tern::rmRead),
-              "Open CLSID key")) {
-    CWinRegKey versionKey, serverKey;
-    CStr text;
-    if (LogStep(versionKey.Open("InstalledVersion", classKey, Tern::rmRead),
-                "Open InstalledVersion key") &&
-        LogStep(versionKey.GetString(nullptr, text),
-                "Read InstalledVersion default value")) {
-      LogText("InstalledVersion = '%s'.\n", text.Chars());
-      CVersion installed;
-      if (LogStatus(installed.Parse(text.Chars()),
-                    "Convert InstalledVersion value"))
-        mInstalledVersion = installed;
-    }
-    if (LogStep(serverKey.Open("InprocServer32", classKey, Tern::rmRead),
-                "Open InprocServer32 key") &&
-        LogStep(serverKey.GetString(nullptr, text),
-                "Read InprocServer32 default value")) {
-      LogText("server path from InprocServer32 key = '%s'.\n", text.Chars());
-      mInstalledServerPath = text;
-    }
-  }
-  LogText(IsInstalled() ? "Zendra already installed.\n"
-                        : "Zendra not installed.\n");
-}
-
-void CZendraSetupApp::SetInstallDir(const CPath& dir) {
-  TERN_ASSERT(dir.IsValid());
-  mInstallDir = dir;
-  LogText("Installation directory = '%s'.\n",
-          mInstallDir.OSToPathString().Chars());
-}
-
-// When the installed components are locked, the install goes to a fresh
-// numbered folder beside the usual one: Zendra001, Zendra002, ...
-bool CZendraSetupApp::FindNewInstallDir() {
-  if (!ComponentsInUse(mInstallDir)) return true;
-  CLogBlock block("Find a new install directory");
-  CPath parent;
-  if (!LogStatus(mInstallDir.GetComponent(CPath::ctDir, parent),
-                 "GetComponent"))
-    return false;
-  for (Int n = 1;; ++n) {
-    CStr name;
-    name.Format("Zendra%03d", static_cast<int>(n));
-    CPath candidate;
-    if (!AppendStep(candidate, parent, name.Chars(), "AddComponent"))
-      return false;
-    CError type = LFS().GetItemType(candidate);
-    if (type == Tern::S_FSIsFile || type == Tern::S_FSIsDirectory) {
-      LogText("Install directory '%s' already exists.\n",
-              candidate.OSToPathString().Chars());
-    } else if (type == Tern::E_NotFound) {
-      SetInstallDir(candidate);
-      return true;
-    } else {
-      return LogStatus(type, "GetNodeType");
-    }
-  }
-}
-
-bool CZendraSetupApp::CreateDirectoryStep(const CPath& dir,
-                                          const char* description) {
-  CStr name;
-  name.Format("Create %s directory", description);
-  CLogBlock block(name.Chars());
-  CError err = LFS().MakeDirectory(dir);
-  if (err == Tern::E_AlreadyExists) {
-    LogText("directory '%s' already exists.\n", dir.OSToPathString().Chars());
-    return true;
-  }
-  if (LogStatus(err, "Create directory.")) return true;
-  CStr text;
-  text.Format(cCannotCreateFolder, dir.OSToPathString().Chars());
-  MessageDialog(text.Chars(), mkError);
-  return false;
 }
 
 // ---- Notification dialog ---------------------------------------------------

@@ -1,6 +1,7 @@
 // The setup program's application object: its run is the whole installer.
 #pragma once
 
+#include "InstallLocation.h"
 #include "InstallLog.h"
 #include "TApplication.h"
 #include "TFileSystem.h"
@@ -37,8 +38,6 @@ enum MessageKind : UInt32 {
 
 extern const char cSetupCaption[];  // "Zendra Setup"
 extern const char cMutexName[];     // "ORV:ZendraSetup"
-// The product's COM class, whose key tells an installed copy.
-extern const char cProductClassKey[];
 
 class CZendraSetupApp : public Tern::CGUIApplication {
  public:
@@ -51,7 +50,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   Int Main(const char* cmdLine) override;
 
   // Every setup message goes through here: shown, or only logged when silent.
-  void MessageDialog(const char* text, MessageKind kind);
+  void MessageDialog(const char* message, MessageKind kind);
 
   bool IsSilent() const { return mSilent; }
   bool IsVerbose() const { return mVerbose; }
@@ -70,7 +69,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   bool IsInstalled() const { return mInstalledVersion.IsValid(); }
   const CStr& InstalledServerPath() const { return mInstalledServerPath; }
 
-  // ---- Install location (also used by the install actions) ----
+  // ---- Install location (InstallLocation.cpp; the install actions use it) --
   // "zendra.ovc" beside the running program.
   bool GetConfigPath(CPath& path) const;
   void SetInstallDir(const CPath& dir);
@@ -106,6 +105,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   bool PermissionProbe() const;
   void NoPermission(const char* action);
   bool OpenLogAndPrepare(const char* logName, bool numbered);
+  // Install location and installed-copy detection (InstallLocation.cpp).
   bool ReadSetupVersion();
   bool InitInstallDirs();
   void DetectInstalledCopy();

@@ -20,6 +20,8 @@ bool StartsWith(const char* text, const char* prefix);
 const char* Find(const char* text, char c);
 const char* Find(const char* text, const char* needle);
 bool IsSpace(char c);
+// True when the text holds nothing but white space (or nothing at all).
+bool IsBlank(const char* text);
 
 // vsnprintf with C99 semantics: the length the whole result needs.
 Int VFormat(char* buf, std::size_t size, const char* format, va_list args);
@@ -57,5 +59,9 @@ Int VFormat(char16_t (&buf)[N], const char16_t* format, va_list args) {
 CStr ToNarrow(const char16_t* text);
 
 }  // namespace WStr
+
+// The length of 8-bit and UTF-16 text alike, for code written for both.
+inline Int TextLength(const char* text) { return Str::Length(text); }
+inline Int TextLength(const char16_t* text) { return WStr::Length(text); }
 
 }  // namespace Tern

@@ -1,5 +1,3 @@
-#include <cctype>
-
 #include "TApplication.h"
 #include "TError.h"
 #include "TStr.h"
@@ -25,13 +23,9 @@ CApplication* CApplication::Current() {
 
 namespace {
 
-bool IsBlank(char c) {
-  return std::isspace(static_cast<unsigned char>(c)) != 0;
-}
-
 // The next token at or after `cursor`, which moves past it. False at the end.
 bool NextToken(const char*& cursor, CStr& token) {
-  while (*cursor && IsBlank(*cursor)) ++cursor;
+  while (*cursor && Str::IsSpace(*cursor)) ++cursor;
   if (!*cursor) return false;
   const char* start = cursor;
   if (*cursor == '"') {
@@ -40,7 +34,7 @@ bool NextToken(const char*& cursor, CStr& token) {
     token.Assign(start, static_cast<Int>(cursor - start));
     if (*cursor == '"') ++cursor;  // a missing closing quote takes the rest
   } else {
-    while (*cursor && !IsBlank(*cursor)) ++cursor;
+    while (*cursor && !Str::IsSpace(*cursor)) ++cursor;
     token.Assign(start, static_cast<Int>(cursor - start));
   }
   return true;

@@ -112,29 +112,24 @@ const CErrorEntry gInternetEntries[] = {
     {E_InternetResourceNotText.Code(), "E_InternetResourceNotText"},
 };
 
-template <std::size_t N>
-constexpr Int Count(const CErrorEntry (&)[N]) {
-  return static_cast<Int>(N);
-}
-
 const CErrorEntry* GenEntriesWithConstants() {
   gGenEntries[0].code = Ok.Code();
   gGenEntries[3].code = Failure.Code();
   return gGenEntries;
 }
 
-const CErrorModuleTable gGenTable("Gen", modGen, Count(gGenEntries),
+const CErrorModuleTable gGenTable("Gen", modGen, CountOf(gGenEntries),
                                   GenEntriesWithConstants());
 const CErrorModuleTable gFileSystemTable("FileSystem", modFileSystem,
-                                         Count(gFileSystemEntries),
+                                         CountOf(gFileSystemEntries),
                                          gFileSystemEntries);
-const CErrorModuleTable gRegTable("Reg", modReg, Count(gRegEntries),
+const CErrorModuleTable gRegTable("Reg", modReg, CountOf(gRegEntries),
                                   gRegEntries);
 const CErrorModuleTable gFontInstallerTable("FontInstaller", modFontInstaller,
-                                            Count(gFontInstallerEntries),
+                                            CountOf(gFontInstallerEntries),
                                             gFontInstallerEntries);
 const CErrorModuleTable gInternetTable("Internet", modInternet,
-                                       Count(gInternetEntries),
+                                       CountOf(gInternetEntries),
                                        gInternetEntries);
 
 // ---- Windows error numbers -------------------------------------------------

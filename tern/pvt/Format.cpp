@@ -12,13 +12,6 @@ namespace {
 
 const Int cMaxSpecLength = 10;
 
-template <typename Ch>
-Int TextLength(const Ch* text) {
-  Int n = 0;
-  while (text && text[n]) ++n;
-  return n;
-}
-
 // Digits and letters are ASCII: format narrow, then widen by code unit.
 void Assign(CStr& out, const char* text) { out = text; }
 void Assign(CWStr& out, const char* text) {
@@ -36,14 +29,16 @@ void Pad(StrT& text, const CFormatSpec& fmtSpec) {
 }
 
 // The format spec decoded, or the defaults after the assertion the callers
-// raise.
+// raise; `valid` tells which.
 template <typename Ch>
-CFormatSpec DecodeOrDefault(const Ch* fmtSpec) {
+CFormatSpec DecodeOrDefault(const Ch* fmtSpec, bool* valid = nullptr) {
   CFormatSpec decoded;
-  if (!DecodeFormatSpec(fmtSpec, decoded)) {
+  const bool ok = DecodeFormatSpec(fmtSpec, decoded);
+  if (!ok) {
     TERN_FAIL("DecodeFormatSpec(fmtSpecStr,fmtSpec)");
     decoded = CFormatSpec();
   }
+  if (valid) *valid = ok;
   return decoded;
 }
 
@@ -81,9 +76,13 @@ bool IntegerText(UInt32 bits, bool isSigned, char conversion, CStr& out) {
 template <typename StrT>
 bool FormatInteger(const typename StrT::CharType* specText, UInt32 bits,
                    bool isSigned, StrT& out) {
-  CFormatSpec fmtSpec = DecodeOrDefault(specText);
+  bool valid = true;
+  CFormatSpec fmtSpec = DecodeOrDefault(specText, &valid);
   char conversion = fmtSpec.conversion;
-  if (conversion == 0 && TextLength(specText) == 0) conversion = 'd';
+  // Decimal when the placeholder gives no format, and as the default after an
+  // invalid one.
+  if (!valid || (conversion == 0 && TextLength(specText) == 0))
+    conversion = 'd';
   if (!isSigned && conversion == 'u') conversion = 'd';
   CStr text;
   if (!IntegerText(bits, isSigned, conversion, text)) {

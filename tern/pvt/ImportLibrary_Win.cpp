@@ -45,16 +45,18 @@ CError CImportLibrary::Unregister() { return CallEntry("DllUnregisterServer"); }
 
 void CImportLibrary::Unload() {
   if (!mLib) return;
+  // Forgotten first, so that a reported failure is not met again later.
+  HMODULE module = static_cast<HMODULE>(mLib);
+  mLib = nullptr;
   const CExecModule* app = CExecModule::Instance();
   const ExecPhase phase = app ? app->GetPhase() : execNormal;
   if (phase == execInStartup) {
     TERN_ASSERT(phase != execInStartup);
   } else if (phase == execNormal) {
-    TERN_ASSERT(::FreeLibrary(static_cast<HMODULE>(mLib)));
+    if (!::FreeLibrary(module)) TERN_FAIL("::FreeLibrary(mLib)");
   }
   // Later phases: deliberately left loaded, so that no library code runs its
   // unload while the program is ending.
-  mLib = nullptr;
 }
 
 }  // namespace Tern

@@ -28,8 +28,7 @@ const char* const cDirNames[] = {
 }  // namespace
 
 Int CLocalFileSystem::DirTypeFromName(const char* dirName) {
-  for (Int i = 0; i < static_cast<Int>(sizeof cDirNames / sizeof cDirNames[0]);
-       ++i)
+  for (Int i = 0; i < CountOf(cDirNames); ++i)
     if (Str::Equal(dirName, cDirNames[i])) return i;
   return -1;
 }

@@ -112,7 +112,7 @@ bool CWinRegKey::Open(const char* path, const CWinRegKey& parent, Int mode) {
 }
 
 bool CWinRegKey::OpenCurrentUser(Int mode) {
-  TERN_ASSERT(mRegView == rvDefaultView);
+  if (mRegView != rvDefaultView) TERN_FAIL("mRegView==rvDefaultView");
   if (IsValid()) {
     TERN_FAIL("! IsValid()");
     return false;
@@ -364,12 +364,6 @@ class CScriptRunner {
   CStr* mMessage;
 };
 
-bool IsBlank(const CStr& line) {
-  for (Int i = 0; i < line.Length(); ++i)
-    if (!Str::IsSpace(line[i])) return false;
-  return true;
-}
-
 }  // namespace
 
 CError RunRegistryScript(CStream& script, Int view, CStr* message) {
@@ -379,7 +373,7 @@ CError RunRegistryScript(CStream& script, Int view, CStr* message) {
     bool ended = !script.ReadUntil(line, '\n');
     if (line.Length() > 0 && line[line.Length() - 1] == '\r')
       line.Truncate(line.Length() - 1);
-    if (!IsBlank(line) && !runner.RunLine(line)) return Failure;
+    if (!Str::IsBlank(line.Chars()) && !runner.RunLine(line)) return Failure;
     if (ended) return Ok;
   }
 }

@@ -36,6 +36,12 @@ bool Str::IsSpace(char c) {
          c == '\f';
 }
 
+bool Str::IsBlank(const char* text) {
+  for (; text && *text; ++text)
+    if (!IsSpace(*text)) return false;
+  return true;
+}
+
 Int Str::VFormat(char* buf, std::size_t size, const char* format,
                  va_list args) {
   return std::vsnprintf(buf, size, format, args);

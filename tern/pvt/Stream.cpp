@@ -385,16 +385,21 @@ CError CStream::Printf(const char* format, ...) {
 
 CError CStream::WPrintf(const char16_t* format, ...) {
   char16_t buf[2000];
-  va_list args;
+  va_list args, retryArgs;
   va_start(args, format);
+  va_copy(retryArgs, args);
   Int n = WStr::VFormat(buf, format, args);
   va_end(args);
-  if (n < 0) {
-    TERN_FAIL(cWideFormatBufferAssertion);
-    buf[sizeof(buf) / sizeof(buf[0]) - 1] = 0;
-    n = WStr::Length(buf);
-  }
-  return WriteString(buf, n);
+  // Wide formatting leaves nothing in a buffer that is too small, so the
+  // whole text is formatted apart and what fits the buffer is written.
+  CWStr whole;
+  if (n < 0) whole.VFormat(format, retryArgs);
+  va_end(retryArgs);
+  if (n >= 0) return WriteString(buf, n);
+  TERN_FAIL(cWideFormatBufferAssertion);
+  const Int fits = CountOf(buf) - 1;
+  return WriteString(whole.Chars(),
+                     whole.Length() < fits ? whole.Length() : fits);
 }
 
 // ---- Memory streams --------------------------------------------------------

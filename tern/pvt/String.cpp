@@ -8,18 +8,6 @@
 
 namespace Tern {
 
-namespace {
-
-template <typename Ch>
-Int TextLength(const Ch* text) {
-  Int n = 0;
-  if (text)
-    while (text[n]) ++n;
-  return n;
-}
-
-}  // namespace
-
 template <typename Ch>
 Ch CBasicStr<Ch>::cEmpty[1] = {0};
 

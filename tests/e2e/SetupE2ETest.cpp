@@ -176,6 +176,20 @@ TEST(Install, MissingInternetExplorerVersionIsRefused) {
   EXPECT_EQ(6, RunSetup(source, "-s -i"));
 }
 
+TEST(Install, InternetExplorerVersionWithoutADotIsTakenWhole) {
+  SourceFolder source;
+  source.Standard();
+  ASSERT_TRUE(SetRegString(HKEY_LOCAL_MACHINE, cIEKey, "Version", "11"));
+  EXPECT_EQ(0, RunSetup(source, "-s -i"));
+  std::string log = ReadLog(cFirstInstallLog);
+  EXPECT_FALSE(Contains(log, "Zendra requires Internet Explorer")) << log;
+  EXPECT_TRUE(Contains(log, std::string("Zendra ") +
+                                SETUP_PRODUCT_VERSION_TEXT +
+                                " installed successfully."))
+      << log;
+  ExpectWellFormed(cFirstInstallLog, 0, "exitOk");
+}
+
 TEST(Install, NewerInstalledVersionIsKept) {
   SourceFolder source;
   source.Standard();

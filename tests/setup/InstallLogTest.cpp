@@ -2,8 +2,11 @@
 #include <windows.h>
 
 #include <fstream>
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "InstallLog.h"
 #include "Setup.h"
@@ -50,6 +53,9 @@ std::string Body(const std::string& log) {
   std::size_t start = log.find("\r\n\r\n");
   return start == std::string::npos ? log : log.substr(start + 4);
 }
+
+std::vector<std::string> gReports;
+void CollectReport(const char* text) { gReports.push_back(text); }
 
 bool StepInBlock(bool fail) {
   CLogBlock block("Inner step");
@@ -149,4 +155,56 @@ TEST_F(InstallLogTest, OpeningASecondLogClosesTheFirst) {
   EXPECT_NE(std::string::npos,
             first.find("Zendra log ends (error count = 0)."));
   // The block belongs to the closed log and writes nothing into the new one.
+}
+
+TEST_F(InstallLogTest, ABlockOfAClosedLogLeavesTheNextLogAlone) {
+  // Opened over and over the same way, logs soon take turns in the same few
+  // places of the heap. The blocks here hold no memory of their own (no
+  // name), so that the spanning block does not change that rhythm.
+  for (int round = 0; round < 6; ++round) {
+    ASSERT_TRUE(OpenLog("Zendra Uninstall.log", false));
+    CLogBlock("").End();
+  }
+  const CLogStream* first = CurrentLog();
+  std::optional<CLogBlock> spanning;
+  spanning.emplace("");
+  int tries = 0;
+  do {
+    ASSERT_TRUE(OpenLog("Zendra Uninstall.log", false));
+  } while (CurrentLog() != first && ++tries < 10);
+  if (CurrentLog() != first)
+    GTEST_SKIP() << "no log took the memory of the block's log";
+  LogText("in the new log\n");
+  spanning.reset();  // neither asserts nor writes into the new log
+  CloseLog(false, exitOk);
+  std::string log = ReadText(TempDir() + "Zendra Uninstall.log");
+  EXPECT_EQ(
+      "in the new log\r\n"
+      "Exit code = 'exitOk' (0).\r\n"
+      "\r\n"
+      "Zendra log ends (error count = 0).\r\n",
+      Body(log));
+}
+
+TEST_F(InstallLogTest, EndingABlockAtDepthZeroIsReportedOnce) {
+  ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
+  auto block = std::make_unique<CLogBlock>("Unbalanced");
+  CurrentLog()->DecIndent();  // someone else took the block's level
+  TestSupport::ReportingAssertions reporting;
+  gReports.clear();
+  Tern::SetDebugOutputSink(CollectReport);
+  block.reset();
+  Tern::SetDebugOutputSink(nullptr);
+  ASSERT_EQ(1u, gReports.size());
+  EXPECT_NE(std::string::npos,
+            gReports[0].find("\nAssert( mIndentLevel > 0 );"))
+      << gReports[0];
+}
+
+TEST_F(InstallLogTest, EndingABlockEarlyChecksTheDepth) {
+  ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
+  CLogBlock block("Unbalanced");
+  CurrentLog()->DecIndent();
+  EXPECT_ASSERTION(block.End(), "mIndentLevel > 0");
+  block.End();  // ended once only: nothing more to check or write
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "InstallLocation.h"
 #include "Setup.h"
 #include "SetupResource.h"
 #include "TApplication.h"
@@ -305,4 +306,29 @@ TEST(MessageDialog, FlagsMapToThePlatformStyle) {
                    "bad value returned by MessageBoxIndirect");
   EXPECT_ASSERTION(MessageDialog(nullptr, nullptr, "text", mdOK), "title");
   EXPECT_ASSERTION(MessageDialog(nullptr, "title", nullptr, mdOK), "text");
+}
+
+TEST(MessageDialog, SetupMessageRequiresTheMessage) {
+  Zendra::CZendraSetupApp app(0);
+  EXPECT_ASSERTION(app.MessageDialog(nullptr, Zendra::mkPlain), "message");
+}
+
+TEST(InstallLocation, TheInstallFolderMustBeValid) {
+  Zendra::CZendraSetupApp app(0);
+  EXPECT_ASSERTION(app.SetInstallDir(Tern::CPath()), "mInstallDir.IsValid()");
+}
+
+TEST(InstallLocation, ConfigurationBesideTheProgramAndTheProductClass) {
+  EXPECT_STREQ("zendra.ovc", Zendra::cConfigFileName);
+  EXPECT_STREQ(
+      "HKEY_CLASSES_ROOT\\CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}",
+      Zendra::cProductClassKey);
+  Zendra::CZendraSetupApp app(0);
+  Tern::CPath config;
+  ASSERT_TRUE(app.GetConfigPath(config));
+  char module[MAX_PATH] = "";
+  ::GetModuleFileNameA(nullptr, module, sizeof module);
+  std::string expected(module);
+  expected = expected.substr(0, expected.rfind('\\') + 1) + "zendra.ovc";
+  EXPECT_STREQ(expected.c_str(), config.OSToPathString().Chars());
 }

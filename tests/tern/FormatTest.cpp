@@ -1,4 +1,5 @@
 #include <string>
+#include <vector>
 
 #include "TFileSystem.h"
 #include "TFormat.h"
@@ -16,6 +17,9 @@ std::string Int32Text(const char* templ, Int32 value) {
   f.Item("N", value);
   return f.Result().Chars();
 }
+
+std::vector<std::string> gReports;
+void CollectReport(const char* text) { gReports.push_back(text); }
 
 }  // namespace
 
@@ -45,6 +49,25 @@ TEST(Format, BadConversionsAssertAndPrintDecimal) {
   EXPECT_EQ("    5", Int32Text("<N:5>", 5));
   EXPECT_EQ("5",
             Int32Text("<N:5q>", 5));  // defaults after a bad format fmtSpec
+}
+
+TEST(Format, BadFormatIsReportedOnceAndIntegersGoDecimal) {
+  EXPECT_ASSERTION(Int32Text("<N:q>", 42),
+                   "DecodeFormatSpec(fmtSpecStr,fmtSpec)");
+  TestSupport::ReportingAssertions reporting;
+  gReports.clear();
+  SetDebugOutputSink(CollectReport);
+  const std::string text = Int32Text("<N:q>", 42);
+  CWFormat wide(u"<N:7z>", nullptr, CWFormat::fmtNoGlobalExpansion);
+  wide.Item(u"N", static_cast<Int32>(-3));
+  SetDebugOutputSink(nullptr);
+  EXPECT_EQ("42", text);  // the defaults: decimal, no width
+  EXPECT_TRUE(wide.Result() == u"-3");
+  ASSERT_EQ(2u, gReports.size());  // one for each bad format, nothing more
+  for (const std::string& report : gReports)
+    EXPECT_NE(std::string::npos,
+              report.find("Assert( DecodeFormatSpec(fmtSpecStr,fmtSpec) );"))
+        << report;
 }
 
 TEST(Format, SpecLimitAndUnknownNames) {

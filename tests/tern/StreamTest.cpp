@@ -232,6 +232,31 @@ TEST(Stream, FormattedWriteBuffer) {
   EXPECT_EQ(1999u, cut.Data().size());  // what fits is written
 }
 
+TEST(Stream, WideFormattedWriteBuffer) {
+  CMemStream out;
+  out.SetEncoding(encUTF16);
+  out.WPrintf(u"%s=%d;", "n", 42);
+  EXPECT_EQ(B(std::string("n\0=\0004\0002\0;\0", 10)), out.Data());
+
+  CMemStream fits;
+  fits.SetEncoding(encUTF16);
+  fits.WPrintf(u"%s", std::string(1998, 'x').c_str());
+  EXPECT_EQ(2 * 1998u, fits.Data().size());
+
+  CMemStream tooLong;
+  tooLong.SetEncoding(encUTF16);
+  EXPECT_ASSERTION(tooLong.WPrintf(u"%s", std::string(1999, 'y').c_str()),
+                   "WStr::VFormat(buf,format,args) < "
+                   "((static_cast<Int>(sizeof(buf)/sizeof(buf[0]))) - 1)");
+  TestSupport::ReportingAssertions reporting;
+  CMemStream cut;
+  cut.SetEncoding(encUTF16);
+  cut.WPrintf(u"%s", std::string(2500, 'z').c_str());
+  ASSERT_EQ(2 * 1999u, cut.Data().size());  // what fits is written
+  EXPECT_EQ('z', cut.Data()[0]);
+  EXPECT_EQ('z', cut.Data()[2 * 1998]);
+}
+
 namespace {
 struct Upper : CStreamFilter {
   bool Filter(Int& c) override {

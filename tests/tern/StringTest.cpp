@@ -189,3 +189,19 @@ TEST(StrHelpers, NullSafeBasics) {
   }("%s", "hello world"));
   EXPECT_STREQ("hello w", buf);
 }
+
+TEST(StrHelpers, OneBlankTestOneLengthOneTableCount) {
+  EXPECT_TRUE(Str::IsBlank(nullptr));
+  EXPECT_TRUE(Str::IsBlank(""));
+  EXPECT_TRUE(Str::IsBlank(" \t\r\n\v\f"));
+  EXPECT_FALSE(Str::IsBlank("  x "));
+
+  EXPECT_EQ(0, TextLength(static_cast<const char*>(nullptr)));
+  EXPECT_EQ(0, TextLength(static_cast<const char16_t*>(nullptr)));
+  EXPECT_EQ(3, TextLength("abc"));
+  EXPECT_EQ(4, TextLength(u"abcd"));
+
+  const char* const names[] = {"a", "b", "c"};
+  static_assert(CountOf(names) == 3, "a table's entries");
+  EXPECT_EQ(3, CountOf(names));
+}

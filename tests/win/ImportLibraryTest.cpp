@@ -103,3 +103,13 @@ TEST(ImportLibrary, UnloadingFollowsTheApplicationPhase) {
   }
   EXPECT_TRUE(ModuleLoaded("PlainDll.dll"));  // left loaded on purpose
 }
+
+TEST(ImportLibrary, AFailedFreeIsReportedWithItsCondition) {
+  CImportLibrary lib(Library("plain-dll"));
+  // Freed behind the object's back: its own free then fails.
+  for (int n = 0; n < 10 && ModuleLoaded("PlainDll.dll"); ++n)
+    ::FreeLibrary(::GetModuleHandleA("PlainDll.dll"));
+  ASSERT_FALSE(ModuleLoaded("PlainDll.dll"));
+  EXPECT_ASSERTION(lib.Unload(), "::FreeLibrary(mLib)");
+  EXPECT_FALSE(lib.IsLoaded());
+}

@@ -191,6 +191,9 @@ TEST_F(RegistryTest, RootNames) {
 
   CWinRegKey user;
   EXPECT_TRUE(user.OpenCurrentUser(rmRead));
+  CWinRegKey userIn32BitView(rv32BitView);
+  EXPECT_ASSERTION(userIn32BitView.OpenCurrentUser(rmRead),
+                   "mRegView==rvDefaultView");
   CWinRegKey low;
   EXPECT_TRUE(low.OpenLowIntegrity());
 }

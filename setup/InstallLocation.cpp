@@ -1,0 +1,161 @@
+#include "InstallLocation.h"
+
+#include "InstallLog.h"
+#include "Setup.h"
+#include "TRegistry_Win.h"
+#include "ZNInstall.h"
+
+namespace Zendra {
+
+using Tern::CError;
+using Tern::CLocalFileSystem;
+using Tern::CWinRegKey;
+
+const char cConfigFileName[] = "zendra.ovc";
+const char cProductClassKey[] =
+    "HKEY_CLASSES_ROOT\\CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+
+namespace {
+
+const char cCannotCreateFolder[] =
+    "Unable to create Zendra folder (%s).\n\nYou must have permission to "
+    "install software in order to install Zendra.\nPlease log on with the "
+    "necessary permission, or contact your system administrator for help.";
+
+CLocalFileSystem& LFS() { return CLocalFileSystem::Instance(); }
+
+// Appends one component and logs the step like every checked call.
+bool AppendStep(CPath& path, const CPath& from, const char* component,
+                const char* step) {
+  path = from;
+  return LogStatus(path.AppendComponent(component), step);
+}
+
+}  // namespace
+
+bool CZendraSetupApp::GetConfigPath(CPath& path) const {
+  CError err = LFS().GetDirectory(CLocalFileSystem::dtModuleDir, path);
+  return Tern::Succeeded(err) &&
+         Tern::Succeeded(path.AppendComponent(cConfigFileName));
+}
+
+bool CZendraSetupApp::ReadSetupVersion() {
+  CLogBlock block("Getting version of Setup.exe");
+  CPath setupExe;
+  if (!AppendStep(setupExe, mSetupDir, "Setup.exe", "Append 'Setup'"))
+    return false;
+  CStr text;
+  if (!LogStep(CVersion::GetVersionInfo(setupExe.OSToPathString().Chars(),
+                                        CVersion::viProductVersion, text),
+               "Get Setup's product version."))
+    return false;
+  mSetupVersionText = text;
+  mSetupVersion.Parse(text.Chars());
+  LogText(
+      "The version of Zendra currently being installed (Setup's product "
+      "version) = '%s'.\n",
+      text.Chars());
+  return true;
+}
+
+bool CZendraSetupApp::InitInstallDirs() {
+  CLogBlock block("Initializing installation directories");
+  CPath programFiles;
+  if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtWinProgramFilesDir,
+                                    programFiles),
+                 "Get 'Program Files' directory"))
+    return false;
+  LogText("'Program Files' directory = '%s'.\n",
+          programFiles.OSToPathString().Chars());
+  CPath fonts;
+  return AppendStep(mMakerDir, programFiles, "Orvane", "Append 'Orvane'") &&
+         AppendStep(mInstallDir, mMakerDir, "Zendra", "Append 'Zendra'") &&
+         AppendStep(mCommonDir, mMakerDir, "Common", "Append 'Common'") &&
+         AppendStep(fonts, mCommonDir, "Fonts", "Append 'Fonts'") &&
+         AppendStep(mFontsDir, fonts, "TrueType", "Append 'TrueType'");
+}
+
+void CZendraSetupApp::DetectInstalledCopy() {
+  CLogBlock block("Check if Zendra already installed");
+  mInstalledVersion = CVersion();
+  mInstalledServerPath.Clear();
+  CWinRegKey classKey;
+  if (LogStep(classKey.Open(cProductClassKey, Tern::rmRead),
+              "Open CLSID key")) {
+    CWinRegKey versionKey, serverKey;
+    CStr text;
+    if (LogStep(versionKey.Open("InstalledVersion", classKey, Tern::rmRead),
+                "Open InstalledVersion key") &&
+        LogStep(versionKey.GetString(nullptr, text),
+                "Read InstalledVersion default value")) {
+      LogText("InstalledVersion = '%s'.\n", text.Chars());
+      CVersion installed;
+      if (LogStatus(installed.Parse(text.Chars()),
+                    "Convert InstalledVersion value"))
+        mInstalledVersion = installed;
+    }
+    if (LogStep(serverKey.Open("InprocServer32", classKey, Tern::rmRead),
+                "Open InprocServer32 key") &&
+        LogStep(serverKey.GetString(nullptr, text),
+                "Read InprocServer32 default value")) {
+      LogText("server path from InprocServer32 key = '%s'.\n", text.Chars());
+      mInstalledServerPath = text;
+    }
+  }
+  LogText(IsInstalled() ? "Zendra already installed.\n"
+                        : "Zendra not installed.\n");
+}
+
+void CZendraSetupApp::SetInstallDir(const CPath& dir) {
+  mInstallDir = dir;
+  TERN_ASSERT(mInstallDir.IsValid());
+  LogText("Installation directory = '%s'.\n",
+          mInstallDir.OSToPathString().Chars());
+}
+
+// When the installed components are locked, the install goes to a fresh
+// numbered folder beside the usual one: Zendra001, Zendra002, ...
+bool CZendraSetupApp::FindNewInstallDir() {
+  if (!ComponentsInUse(mInstallDir)) return true;
+  CLogBlock block("Find a new install directory");
+  CPath parent;
+  if (!LogStatus(mInstallDir.GetComponent(CPath::ctDir, parent),
+                 "GetComponent"))
+    return false;
+  for (Int n = 1;; ++n) {
+    CStr name;
+    name.Format("Zendra%03d", static_cast<int>(n));
+    CPath candidate;
+    if (!AppendStep(candidate, parent, name.Chars(), "AddComponent"))
+      return false;
+    CError type = LFS().GetItemType(candidate);
+    if (type == Tern::S_FSIsFile || type == Tern::S_FSIsDirectory) {
+      LogText("Install directory '%s' already exists.\n",
+              candidate.OSToPathString().Chars());
+    } else if (type == Tern::E_NotFound) {
+      SetInstallDir(candidate);
+      return true;
+    } else {
+      return LogStatus(type, "GetNodeType");
+    }
+  }
+}
+
+bool CZendraSetupApp::CreateDirectoryStep(const CPath& dir,
+                                          const char* description) {
+  CStr name;
+  name.Format("Create %s directory", description);
+  CLogBlock block(name.Chars());
+  CError err = LFS().MakeDirectory(dir);
+  if (err == Tern::E_AlreadyExists) {
+    LogText("directory '%s' already exists.\n", dir.OSToPathString().Chars());
+    return true;
+  }
+  if (LogStatus(err, "Create directory.")) return true;
+  CStr text;
+  text.Format(cCannotCreateFolder, dir.OSToPathString().Chars());
+  MessageDialog(text.Chars(), mkError);
+  return false;
+}
+
+}  // namespace Zendra
