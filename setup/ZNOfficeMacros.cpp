@@ -157,28 +157,26 @@ void NormalizeInstallRoot(CStr& path) {
 }
 
 // "32", "64" or "unknown", logged as the image was found.
-const char* WordImageBitness(const CStr& installRoot) {
-  CStr exe = installRoot;
-  exe += "WINWORD.EXE";
+CStr ImageBitness(const CStr& exe) {
   DWORD type = 0;
   if (!::GetBinaryTypeA(exe.Chars(), &type)) {
     LogText("%s: GetBinaryType failed\n", exe.Chars());
     return "unknown";
   }
-  const bool is64 = type == SCS_64BIT_BINARY;
-  LogText("%s: was determined to be %s-bit\n", exe.Chars(), is64 ? "64" : "32");
-  return is64 ? "64" : "32";
+  const char* bits = type == SCS_64BIT_BINARY ? "64" : "32";
+  LogText("%s: was determined to be %s-bit\n", exe.Chars(), bits);
+  return bits;
 }
 
 // False when Word's image is known to be of another bitness than the row's:
 // a 32-bit template is then of no use to it.
 bool BitnessMatches(const CStr& installRoot, const WordRow& row) {
-  const CStr gbt = WordImageBitness(installRoot);
+  CStr exe = installRoot;
+  exe += "WINWORD.EXE";
+  const CStr gbt = ImageBitness(exe);
   CStr swb;
   swb.Format("%d", static_cast<int>(row.bitness));
   if (gbt == swb) return true;
-  CStr exe = installRoot;
-  exe += "WINWORD.EXE";
   CFormat line = LogTemplate(
       "Bitness mismatch: <path>, GetBinaryType: <gbt>, "
       "startupPath->wordBitness: <swb>\n");

@@ -54,21 +54,6 @@ bool OpenStep(CWinRegKey& key, const char* path, const char* failure) {
   return LogStep(key.Open(path, Tern::rmCreate), failure);
 }
 
-}  // namespace
-
-std::vector<CStr> ValueNamesOf(CWinRegKey& key) {
-  std::vector<CStr> names;
-  Int count = 0;
-  if (!key.QueryInfo(nullptr, &count)) return names;
-  for (Int i = 0; i < count; ++i) {
-    CStr name;
-    if (key.EnumValue(i, name)) names.push_back(name);
-  }
-  return names;
-}
-
-namespace {
-
 CStr Today() {
   char date[16] = "";
   std::time_t now = std::time(nullptr);
@@ -84,6 +69,17 @@ bool OwnProductVersion(CStr& text) {
 }
 
 }  // namespace
+
+std::vector<CStr> ValueNamesOf(CWinRegKey& key) {
+  std::vector<CStr> names;
+  Int count = 0;
+  if (!key.QueryInfo(nullptr, &count)) return names;
+  for (Int i = 0; i < count; ++i) {
+    CStr name;
+    if (key.EnumValue(i, name)) names.push_back(name);
+  }
+  return names;
+}
 
 bool AddToPreApprovedList() {
   CLogBlock block("Add registry entry for PreApproved List");
