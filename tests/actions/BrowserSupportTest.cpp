@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ActionsTestSupport.h"
+#include "SetupResource.h"
 #include "WindowDriver.h"
 #include "ZNCertificate.h"
 #include "ZNRegistryEntries.h"
@@ -121,4 +122,20 @@ TEST(Certificate, ThePublisherIsTrustedOnTheMachine) {
       HKEY_LOCAL_MACHINE,
       "Software\\Microsoft\\SystemCertificates\\TrustedPublisher\\Certificates",
       KEY_WOW64_64KEY));
+}
+
+TEST(Certificate, SetupExeCarriesIt) {
+  const std::string der = ReadText(
+      TestSupport::WindowsPath(TestSupport::ArgValue("publisher-cer")));
+  HMODULE setup = ::LoadLibraryExA(
+      TestSupport::WindowsPath(TestSupport::ArgValue("setup-exe")).c_str(),
+      nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  ASSERT_NE(nullptr, setup);
+  HRSRC found = ::FindResourceA(setup, MAKEINTRESOURCEA(IDR_PUBLISHER_CERT),
+                                MAKEINTRESOURCEA(10));  // RT_RCDATA
+  ASSERT_NE(nullptr, found);
+  const char* bytes =
+      static_cast<const char*>(::LockResource(::LoadResource(setup, found)));
+  EXPECT_EQ(der, std::string(bytes, ::SizeofResource(setup, found)));
+  ::FreeLibrary(setup);
 }
