@@ -10,6 +10,7 @@ packages=(
   wine wine32:i386 wine64 libwine:i386
   xvfb xauth xdotool x11-apps imagemagick
   googletest zlib1g-dev python3-fonttools
+  e2fsprogs
 )
 
 sudo_if_needed() {

@@ -53,6 +53,9 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   void MessageDialog(const char* message, MessageKind kind);
 
   bool IsSilent() const { return mSilent; }
+  // Normally set from the command line; callers of single install actions
+  // (the tests among them) set it themselves.
+  void SetSilent(bool silent) { mSilent = silent; }
   bool IsVerbose() const { return mVerbose; }
   bool IsCrashFlagSet() const { return mCrash; }
 

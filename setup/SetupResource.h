@@ -21,3 +21,6 @@
 #define IDS_WORD_REASON_BASE 1168
 #define IDS_WORD_ACTION_BASE 1248
 #define IDS_BLOCK_STRIDE 8
+
+// The product's signing certificate (DER), for the "TrustedPublisher" store.
+#define IDR_PUBLISHER_CERT 3000

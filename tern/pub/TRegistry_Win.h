@@ -54,6 +54,13 @@ class CWinRegKey {
   static bool ReadString(const char* rootedPath, const char* name, CStr& value,
                          Int view = rvDefaultView);
 
+  // The predefined root handle whose name begins with `segment` (or equals
+  // it, when `whole`), in the order Open searches them; null for none.
+  static void* FindRootKey(const CStr& segment, bool whole);
+  // Takes a predefined root handle, as Open does for a root alone; it is
+  // never closed. Keys below it then open with Open(path, *this, mode).
+  bool AttachRoot(void* rootHandle);
+
  private:
   UInt32 Access(Int mode) const;
   bool EnumName(Int index, CStr& name, bool values);

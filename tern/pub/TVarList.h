@@ -66,6 +66,10 @@ class CVarList {
   void SetNext(const CVarList* next) { mNext = next; }
   const CVarList* Next() const { return mNext; }
 
+  // Get, GetBool and GetFlag look for a variable that the list lacks in these
+  // registry keys, in the order they were added: the first key holding a
+  // string value of that name gives it (read-only is false then). Nothing
+  // read there is copied into the list, and Find and Expand see only the list.
   void AddSearchLocation(const char* rootKey, const char* subKey);
   const std::vector<CSearchLocation>& SearchLocations() const {
     return mSearchLocations;
@@ -98,6 +102,8 @@ class CVarList {
 
  private:
   CVar* FindVar(const char* name) const;
+  // The list's value, else the first registry search location's.
+  bool Lookup(const char* name, CStr& value, bool* readOnly) const;
   template <typename StrT>
   Int ExpandText(StrT& text, const char* delims) const;
   template <typename StrT>

@@ -29,6 +29,11 @@ unsigned long long TickCount();
 // The system's own message text for an error number (may be empty).
 CStr SystemErrorText(UInt32 number);
 
+// A string value of the registry key `subKey` below the root named
+// `rootKey`; false where there is no registry, key or value.
+bool ReadRegistryString(const char* rootKey, const char* subKey,
+                        const char* name, CStr& value);
+
 #if !defined(_WIN32)
 void SetAssertionHandler(AssertionHandler handler);
 #endif

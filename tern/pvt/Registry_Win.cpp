@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "Platform.h"
 #include "TErrorHandler.h"
 #include "TRegistry_Win.h"
 #include "TStr.h"
@@ -264,6 +265,31 @@ bool CWinRegKey::ReadString(const char* rootedPath, const char* name,
                             CStr& value, Int view) {
   CWinRegKey key(view);
   return key.Open(rootedPath, rmRead) && key.GetString(name, value);
+}
+
+void* CWinRegKey::FindRootKey(const CStr& segment, bool whole) {
+  return FindRoot(segment, whole);
+}
+
+bool CWinRegKey::AttachRoot(void* rootHandle) {
+  if (IsValid()) {
+    TERN_FAIL("! IsValid()");
+    return false;
+  }
+  mHKey = rootHandle;
+  mClose = false;
+  return rootHandle != nullptr;
+}
+
+bool Platform::ReadRegistryString(const char* rootKey, const char* subKey,
+                                  const char* name, CStr& value) {
+  CStr path(rootKey);
+  path += "\\";
+  path += subKey;
+  CWinRegKey key;
+  // Missing keys are the usual case here: no assertion for a bad root.
+  return FindRoot(CStr(rootKey), true) && key.Open(path.Chars(), rmRead) &&
+         key.GetString(name, value);
 }
 
 // ---- Registry script -------------------------------------------------------

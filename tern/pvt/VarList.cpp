@@ -1,5 +1,6 @@
 #include <cstdlib>
 
+#include "Platform.h"
 #include "TError.h"
 #include "TStr.h"
 #include "TStream.h"
@@ -96,22 +97,32 @@ void CVarList::Merge(const CVarList& other) {
     Set(v->name.Chars(), v->value.Chars(), v->readOnly);
 }
 
-bool CVarList::Get(const char* name, CStr& value, bool* readOnly) const {
-  const CVar* var = Find(name);
-  if (!var) {
-    value.Clear();
-    return false;
+bool CVarList::Lookup(const char* name, CStr& value, bool* readOnly) const {
+  if (const CVar* var = Find(name)) {
+    value = var->value;
+    if (readOnly) *readOnly = var->readOnly;
+    return true;
   }
-  value = var->value;
-  if (readOnly) *readOnly = var->readOnly;
-  return true;
+  if (!name) return false;
+  for (const CSearchLocation& location : mSearchLocations) {
+    if (Platform::ReadRegistryString(location.rootKey.Chars(),
+                                     location.subKey.Chars(), name, value)) {
+      if (readOnly) *readOnly = false;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool CVarList::Get(const char* name, CStr& value, bool* readOnly) const {
+  if (Lookup(name, value, readOnly)) return true;
+  value.Clear();
+  return false;
 }
 
 bool CVarList::GetBool(const char* name, bool& value, bool* readOnly) const {
-  const CVar* var = Find(name);
-  if (!var) return false;
-  if (readOnly) *readOnly = var->readOnly;
-  const CStr& text = var->value;
+  CStr text;
+  if (!Lookup(name, text, readOnly)) return false;
   if (text == "True" || text == "Yes" || text == "1")
     value = true;
   else if (text == "False" || text == "No" || text == "0")
@@ -122,9 +133,8 @@ bool CVarList::GetBool(const char* name, bool& value, bool* readOnly) const {
 }
 
 bool CVarList::GetFlag(const char* name) const {
-  const CVar* var = Find(name);
-  if (!var) return false;
-  const CStr& value = var->value;
+  CStr value;
+  if (!Lookup(name, value, nullptr)) return false;
   TERN_ASSERT(value == "0" || value == "1");
   return value == "1";
 }

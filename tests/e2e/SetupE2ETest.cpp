@@ -398,6 +398,42 @@ TEST(NotificationDialog, SilentRunWritesOnlyAKnownAnswer) {
   EXPECT_EQ("Y", GetRegString(HKEY_CURRENT_USER, cUserSettings, "Notify"));
 }
 
+TEST(NotificationDialog, ReinstallPreselectsTheStoredAnswer) {
+  SourceFolder source;
+  source.Standard();  // no "Notify" in the configuration
+  {
+    ChildProcess setup(source.SetupExe(), "-i");
+    HWND dialog = setup.WaitForDialog("Zendra Setup");
+    ASSERT_NE(nullptr, dialog);
+    TestSupport::ClickControl(dialog, IDC_NOTIFY_NO);
+    TestSupport::ClickControl(dialog, IDOK);
+    EXPECT_EQ(0, setup.WaitForExit());
+  }
+  ASSERT_EQ("N", GetRegString(HKEY_CURRENT_USER, cUserSettings, "Notify"));
+  ChildProcess setup(source.SetupExe(), "-i");
+  HWND dialog = setup.WaitForDialog("Zendra Setup");
+  ASSERT_NE(nullptr, dialog);
+  EXPECT_TRUE(TestSupport::ControlChecked(dialog, IDC_NOTIFY_NO));
+  EXPECT_FALSE(TestSupport::ControlChecked(dialog, IDC_NOTIFY_YES));
+  EXPECT_TRUE(TestSupport::ControlEnabled(dialog, IDOK));
+  SaveScreenshot(dialog, "notification-reinstall");
+  TestSupport::ClickControl(dialog, IDC_NOTIFY_YES);
+  TestSupport::ClickControl(dialog, IDOK);
+  EXPECT_EQ(0, setup.WaitForExit());
+  EXPECT_EQ("Y", GetRegString(HKEY_CURRENT_USER, cUserSettings, "Notify"));
+}
+
+TEST(Configuration, CrashValueInTheRegistrySetsTheCrashFlag) {
+  SourceFolder source;
+  source.Standard();
+  ASSERT_TRUE(
+      SetRegString(HKEY_LOCAL_MACHINE, "SOFTWARE\\Orvane", "Crash", "1"));
+  EXPECT_EQ(0, RunSetup(source, "-s -i"));
+  std::string log = ReadLog(cFirstInstallLog);
+  EXPECT_TRUE(Contains(log, "Assert( Crash test requested (-crash) );")) << log;
+  ExpectWellFormed(cFirstInstallLog, 0, "exitOk");
+}
+
 TEST(Logs, InternalErrorsAreReportedAndTheRunGoesOn) {
   SourceFolder source;
   source.Standard();

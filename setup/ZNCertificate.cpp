@@ -1,0 +1,66 @@
+#include "ZNCertificate.h"
+
+#include <windows.h>
+// After windows.h, which it needs.
+#include <wincrypt.h>
+
+#include "InstallLog.h"
+#include "SetupResource.h"
+
+namespace Zendra {
+
+namespace {
+
+// A certificate store, closed when it goes.
+class CCertStore {
+ public:
+  explicit CCertStore(const char* systemStoreName)
+      : mStore(::CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0,
+                               CERT_SYSTEM_STORE_LOCAL_MACHINE,
+                               systemStoreName)) {}
+  ~CCertStore() {
+    if (mStore) ::CertCloseStore(mStore, 0);
+  }
+  CCertStore(const CCertStore&) = delete;
+  CCertStore& operator=(const CCertStore&) = delete;
+  HCERTSTORE Handle() const { return mStore; }
+
+ private:
+  HCERTSTORE mStore;
+};
+
+// The certificate's DER bytes in this program's resources.
+bool FindCertificate(const BYTE*& bytes, DWORD& size) {
+  HMODULE module = ::GetModuleHandleA(nullptr);
+  HRSRC found = ::FindResourceA(module, MAKEINTRESOURCEA(IDR_PUBLISHER_CERT),
+                                MAKEINTRESOURCEA(10));  // RT_RCDATA
+  HGLOBAL loaded = found ? ::LoadResource(module, found) : nullptr;
+  bytes = loaded ? static_cast<const BYTE*>(::LockResource(loaded)) : nullptr;
+  size = found ? ::SizeofResource(module, found) : 0;
+  return bytes && size > 0;
+}
+
+bool AddToStore() {
+  const BYTE* bytes = nullptr;
+  DWORD size = 0;
+  if (!LogStep(FindCertificate(bytes, size), "Find the certificate resource"))
+    return false;
+  CCertStore store("TrustedPublisher");
+  if (!LogStep(store.Handle() != nullptr, "Open TrustedPublisher store"))
+    return false;
+  return LogStep(::CertAddEncodedCertificateToStore(
+                     store.Handle(), X509_ASN_ENCODING | PKCS_7_ASN_ENCODING,
+                     bytes, size, CERT_STORE_ADD_REPLACE_EXISTING, nullptr),
+                 "Add certificate to store");
+}
+
+}  // namespace
+
+bool AddTrustedPublisherCertificate() {
+  CLogBlock block("Add trusted publisher certificate");
+  const bool ok = AddToStore();
+  LogText("Adding certificate %s", ok ? "succeeded\n" : "failed\n");
+  return ok;
+}
+
+}  // namespace Zendra

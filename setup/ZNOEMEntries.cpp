@@ -1,0 +1,68 @@
+// The OEM branding: each OEM setting stored again as an "RO_" value, which
+// the product reads and the user's settings cannot override.
+#include "InstallLog.h"
+#include "TRegistry_Win.h"
+#include "TVarList.h"
+#include "ZNRegistryEntries.h"
+
+namespace Zendra {
+
+using Tern::CWinRegKey;
+
+const char cOEMKey[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Orvane\\OVZN4";
+
+namespace {
+
+const char* const cOEMSettings[] = {"VendorId", "LicenseeAboutText1",
+                                    "LicenseeAboutText2", "BUILD_NUMBER"};
+
+const char cOEMStep[] = "Add/Remove registry entries for OEMS";
+
+CStr ROName(const char* setting) {
+  CStr name("RO_");
+  name += setting;
+  return name;
+}
+
+bool AddOne(CWinRegKey& key, const char* setting) {
+  CStr value, failure;
+  failure.Format("Unable to read %s", setting);
+  if (!LogStep(Tern::CVarList::Global().Get(setting, value), failure.Chars()))
+    return false;
+  const CStr name = ROName(setting);
+  LogText("%s %s\n", name.Chars(), value.Chars());
+  failure.Format("Set %s registry value.", name.Chars());
+  return LogStep(key.SetString(name.Chars(), value.Chars()), failure.Chars());
+}
+
+bool RemoveOne(CWinRegKey& key, const char* setting) {
+  const CStr name = ROName(setting);
+  CStr value;
+  if (!key.GetString(name.Chars(), value)) return true;  // nothing to delete
+  CStr failure;
+  failure.Format("Delete %s registry value.", name.Chars());
+  return LogStep(key.DeleteValue(name.Chars()), failure.Chars());
+}
+
+}  // namespace
+
+bool AddOEMEntries() {
+  CLogBlock block(cOEMStep);
+  CWinRegKey key;
+  if (!LogStep(key.Open(cOEMKey, Tern::rmCreate), "Open OEM registry key."))
+    return false;
+  for (const char* setting : cOEMSettings)
+    if (!AddOne(key, setting)) return false;
+  return true;
+}
+
+bool RemoveOEMEntries() {
+  CLogBlock block(cOEMStep);
+  CWinRegKey key;
+  if (!key.Open(cOEMKey, Tern::rmWrite)) return true;  // nothing written
+  for (const char* setting : cOEMSettings)
+    if (!RemoveOne(key, setting)) return false;
+  return true;
+}
+
+}  // namespace Zendra

@@ -1,0 +1,151 @@
+#include "ZNPowerPoint.h"
+
+#include "InstallLog.h"
+#include "TFormat.h"
+#include "TRegistry_Win.h"
+#include "ZNOfficeMacros.h"
+#include "ZNOfficeRegistry.h"
+
+namespace Zendra {
+
+using Tern::CFormat;
+
+const char cPowerPointAddInFile[] =
+    "Zendra 4 Commands for PowerPoint (32-bit).ppam";
+
+namespace {
+
+struct PowerPtRow {
+  unsigned nameID;
+  Int officeVersion;
+  Int bitness;
+  const char* addInKey;
+  const char* installKey;  // ends in a backslash
+  DWORD autoLoad;
+  const char* addInFile;
+  const char* sourceSubfolder;
+};
+
+const PowerPtRow InstallPowerPt[5] = {
+    {517, 12, 32,
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\12."
+     "0\\PowerPoint\\AddIns",
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\12.0\\PowerPoint\\"
+     "InstallRoot\\",
+     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
+    {518, 14, 32,
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\14."
+     "0\\PowerPoint\\AddIns",
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\14.0\\PowerPoint\\"
+     "InstallRoot\\",
+     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
+    {519, 15, 32,
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\15."
+     "0\\PowerPoint\\AddIns",
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\15.0\\PowerPoint\\"
+     "InstallRoot\\",
+     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
+    {520, 16, 32,
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\16."
+     "0\\PowerPoint\\AddIns",
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\16.0\\PowerPoint\\"
+     "InstallRoot\\",
+     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
+    {521, 16, 32,
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\17."
+     "0\\PowerPoint\\AddIns",
+     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\17.0\\PowerPoint\\"
+     "InstallRoot\\",
+     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
+};
+
+// Present when the key of the install key (up to its last backslash) exists.
+bool IsPresent(const PowerPtRow& row) {
+  CStr keyPath(row.installKey);
+  keyPath.Truncate(keyPath.Length() - 1);
+  HKEY root;
+  CStr subKey;
+  return IniParsePath(keyPath.Chars(), root, subKey) &&
+         RegKeyExists(root, subKey.Chars(), OfficeView());
+}
+
+CStr AddInName(const PowerPtRow& row) {
+  CStr name(row.addInFile);
+  const Int dot = name.Length() - 5;  // ".ppam"
+  name.Truncate(dot);
+  return name;
+}
+
+// The add-in's own key below the row's AddIns key.
+bool AppKey(const PowerPtRow& row, HKEY& root, CStr& appKeyStr) {
+  if (!IniParsePath(row.addInKey, root, appKeyStr)) return false;
+  appKeyStr += "\\";
+  appKeyStr += AddInName(row);
+  return true;
+}
+
+bool AddInPath(const CPath& installDir, const PowerPtRow& row, CStr& path) {
+  CPath file = installDir;
+  CPath sub(row.sourceSubfolder);
+  bool ok = LogStatus(file.Append(sub), "Append the add-in's folder") &&
+            LogStatus(file.AppendComponent(row.addInFile),
+                      "Append the add-in's file name");
+  path = file.OSToPathString();
+  return ok;
+}
+
+bool InstallRow(const CPath& installDir, const PowerPtRow& row) {
+  const CStr name = GetResStr(row.nameID);
+  HKEY root;
+  CStr appKeyStr, fname;
+  if (!LogStep(AppKey(row, root, appKeyStr), "Parse the AddIns key") ||
+      !AddInPath(installDir, row, fname))
+    return false;
+  CFormat line(
+      "InstallMSPowerPtAddIns installing: <PowerPtVer>, Filename: <fname>, "
+      "appKeyStr: <aks>, addInName: <addInName>\n",
+      nullptr, CFormat::fmtNoGlobalExpansion);
+  line.Item("PowerPtVer", name.Chars());
+  line.Item("fname", fname.Chars());
+  line.Item("aks", appKeyStr.Chars());
+  line.Item("addInName", AddInName(row).Chars());
+  LogText("%s", line.Result().Chars());
+  const bool use64BitVersion = OSIs64Bit();
+  return RegCreateKeyValue(root, appKeyStr.Chars(), "AutoLoad", row.autoLoad,
+                           use64BitVersion) &&
+         RegCreateKeyValue(root, appKeyStr.Chars(), "Path", fname.Chars(),
+                           use64BitVersion);
+}
+
+}  // namespace
+
+bool InstallMSPowerPtAddIns(const CPath& installDir) {
+  bool ok = true;
+  for (const PowerPtRow& row : InstallPowerPt) {
+    if (!IsPresent(row)) {
+      LogText("InstallMSPowerPtAddIns NOT installing: %s\n",
+              GetResStr(row.nameID).Chars());
+      continue;
+    }
+    ok = InstallRow(installDir, row) && ok;
+  }
+  return ok;
+}
+
+void RemoveMSPowerPtAddIns() {
+  const bool use64BitVersion = OSIs64Bit();
+  const Int view = use64BitVersion ? Tern::rv64BitView : Tern::rvDefaultView;
+  for (const PowerPtRow& row : InstallPowerPt) {
+    HKEY root;
+    CStr appKeyStr;
+    if (!AppKey(row, root, appKeyStr) ||
+        !RegKeyExists(root, appKeyStr.Chars(), view))
+      continue;
+    const bool deleted =
+        RegDeleteKeyInView(root, appKeyStr.Chars(), use64BitVersion);
+    LogText("Deleting %s, result = %s\n", appKeyStr.Chars(),
+            deleted ? "success" : "failure");
+  }
+}
+
+}  // namespace Zendra
