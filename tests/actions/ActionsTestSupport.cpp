@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "InstallLog.h"
+#include "TestSupport.h"
 #include "WindowDriver.h"
 
 namespace ActionsTest {
@@ -151,6 +152,55 @@ bool CopyBuilt(const char* argName, const std::string& to) {
   // before writing, never write through.
   ::DeleteFileA(to.c_str());
   return !from.empty() && ::CopyFileA(from.c_str(), to.c_str(), FALSE);
+}
+
+std::string SampleFile(const std::string& name) {
+  return TestSupport::WindowsPath(TestSupport::ArgValue("sample-dir")) + "\\" +
+         name;
+}
+
+std::string TestFontFile(const char* set, const std::string& name) {
+  return TestSupport::WindowsPath(
+             TestSupport::ArgValue(std::string("fonts-") + set)) +
+         "\\" + name;
+}
+
+std::string SystemFontFile(const std::string& name) {
+  char dir[MAX_PATH] = "";
+  ::GetWindowsDirectoryA(dir, MAX_PATH);
+  return std::string(dir) + "\\Fonts\\" + name;
+}
+
+std::string FontsKeyValue(const std::string& valueName) {
+  RegValue value = ReadValue(
+      HKEY_LOCAL_MACHINE,
+      "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts",
+      valueName.c_str());
+  return value.found ? value.text : "<none>";
+}
+
+namespace {
+int CALLBACK CountFamilies(const LOGFONTA*, const TEXTMETRICA*, DWORD,
+                           LPARAM count) {
+  ++*reinterpret_cast<int*>(count);
+  return 1;
+}
+}  // namespace
+
+bool GdiHasFamily(const std::string& face) {
+  LOGFONTA font = {};
+  font.lfCharSet = DEFAULT_CHARSET;
+  lstrcpynA(font.lfFaceName, face.c_str(), LF_FACESIZE);
+  HDC dc = ::GetDC(nullptr);
+  int count = 0;
+  ::EnumFontFamiliesExA(dc, &font, CountFamilies,
+                        reinterpret_cast<LPARAM>(&count), 0);
+  ::ReleaseDC(nullptr, dc);
+  return count > 0;
+}
+
+bool CopyInto(const std::string& from, const std::string& to) {
+  return ::CopyFileA(from.c_str(), to.c_str(), FALSE) != 0;
 }
 
 }  // namespace ActionsTest

@@ -54,4 +54,15 @@ bool FileExists(const std::string& path);
 // Copies a file built for the tests (given as "--name=unix path").
 bool CopyBuilt(const char* argName, const std::string& to);
 
+// The built sample product's files (--sample-dir=...), and fonts made with
+// other revisions (--fonts-newer=..., --fonts-older=...), as Windows paths.
+std::string SampleFile(const std::string& name);
+std::string TestFontFile(const char* set, const std::string& name);
+// C:\windows\Fonts\<name>, and the data of a value of the system's fonts key.
+std::string SystemFontFile(const std::string& name);
+std::string FontsKeyValue(const std::string& valueName);
+// Whether GDI enumerates a family of that face name in this process.
+bool GdiHasFamily(const std::string& face);
+bool CopyInto(const std::string& from, const std::string& to);
+
 }  // namespace ActionsTest

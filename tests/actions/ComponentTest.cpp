@@ -6,14 +6,14 @@
 
 #include <string>
 
-#include "ActionTestSupport.h"
+#include "ActionsTestSupport.h"
 #include "InstallLog.h"
 #include "PlatformRegistry.h"
 #include "TestSupport.h"
 #include "WindowDriver.h"
 #include "ZNComponents.h"
 
-using namespace ActionTests;
+using namespace ActionsTest;
 using namespace Zendra;
 
 namespace {
@@ -108,7 +108,7 @@ TEST_F(ComponentTest, TheFiveComponentsRegisterAndUnregister) {
                        "    Success (Ok, 0x00000200): Load DLL\r\n"
                        "    Success (Ok, 0x00000200): Register DLL\r\n"
                        "} End: Register DLL\r\n"));
-  EXPECT_EQ(5, CountOf(log, "Success (Ok, 0x00000200): Unregister DLL\r\n"));
+  EXPECT_EQ(5, Count(log, "Success (Ok, 0x00000200): Unregister DLL\r\n"));
 }
 
 TEST_F(ComponentTest, BrokenComponentsAreLoggedCountedAndSurvived) {

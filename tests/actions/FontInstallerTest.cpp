@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "ActionTestSupport.h"
+#include "ActionsTestSupport.h"
 #include "FileTestSupport.h"
 #include "PlatformRegistry.h"
 #include "TError.h"
@@ -16,7 +16,7 @@
 #include "TestSupport.h"
 #include "WindowDriver.h"
 
-using namespace ActionTests;
+using namespace ActionsTest;
 using Tern::CFontInstaller;
 using Tern::CPath;
 
@@ -114,8 +114,8 @@ TEST_F(FontInstallerTest, ABatchOfAllEighteenFontsInstallsWithOneBroadcast) {
   EXPECT_EQ(1, counter.CountAfter(500));
 
   for (const SampleFont& font : cSampleFonts) {
-    EXPECT_EQ(ActionTests::ReadText(SampleFile(font.file)),
-              ActionTests::ReadText(SystemFontFile(font.file)))
+    EXPECT_EQ(ReadText(SampleFile(font.file)),
+              ReadText(SystemFontFile(font.file)))
         << font.file;
     EXPECT_EQ(font.file,
               FontsKeyValue(std::string(font.family) + " (TrueType)"));
@@ -129,7 +129,7 @@ TEST_F(FontInstallerTest, ABatchOfAllEighteenFontsInstallsWithOneBroadcast) {
                                 "        Font NOT already installed\r\n"
                                 "        Font successfully installed\r\n"
                                 "    }\r\n"));
-  EXPECT_EQ(18, CountOf(log, "Font successfully installed"));
+  EXPECT_EQ(18, Count(log, "Font successfully installed"));
   EXPECT_TRUE(Contains(log,
                        "    Broadcasting WM_FONTCHANGE.\r\n"
                        "} Font installation end.\r\n"));
@@ -249,7 +249,7 @@ TEST_F(FontInstallerTest, BadFilesAndMisuseAreReported) {
   EXPECT_EQ(Tern::E_NotFound, Install(SampleFile("no such font.ttf")));
   EXPECT_EQ(Tern::E_BadFontFile, Install(SampleFile("About.gif")));
   const std::string log = Log();
-  EXPECT_EQ(2, CountOf(log, "' {\r\n}\r\n")) << log;  // each closes its block
+  EXPECT_EQ(2, Count(log, "' {\r\n}\r\n")) << log;  // each closes its block
   EXPECT_FALSE(Contains(log, "Font successfully installed"));
 
   EXPECT_ASSERTION(CFontInstaller second(&mLog), "! cInstantiated");
