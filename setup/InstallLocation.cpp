@@ -146,12 +146,13 @@ bool CZendraSetupApp::CreateDirectoryStep(const CPath& dir,
   CStr name;
   name.Format("Create %s directory", description);
   CLogBlock block(name.Chars());
-  CError err = LFS().MakeDirectory(dir);
-  if (err == Tern::E_AlreadyExists) {
+  if (LFS().GetItemType(dir) == Tern::S_FSIsDirectory) {
     LogText("directory '%s' already exists.\n", dir.OSToPathString().Chars());
     return true;
   }
-  if (LogStatus(err, "Create directory.")) return true;
+  // The folders above it (Program Files\Orvane) may be missing too.
+  if (LogStatus(LFS().CreateDirectoryPath(dir), "Create directory."))
+    return true;
   CStr text;
   text.Format(cCannotCreateFolder, dir.OSToPathString().Chars());
   MessageDialog(text.Chars(), mkError);

@@ -86,7 +86,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
     return LogStep(ok, failureText);
   }
   bool CheckStep(Tern::CError code, const char* failureText) {
-    return CheckStep(Tern::Succeeded(code), failureText);
+    return LogStatus(code, failureText);  // the status tells support why
   }
   // Called once the install actions have ended, either way: the log is then
   // also copied into the install folder when it is closed.
@@ -99,6 +99,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   void SetFixedVariables();
   void ReadOwnProductVersion();
   bool ReadConfiguration();
+  void NoteMissingConfiguration();
   void AddRegistrySearchLocations();
 
   void InstallSequence();
@@ -122,6 +123,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   bool mSilent = false;
   bool mVerbose = false;
   bool mCrash = false;
+  bool mConfigMissing = false;  // no Zendra.ovc beside Setup.exe
   CPath mLogFilePath;
   CPath mSetupDir;
   CPath mMakerDir;

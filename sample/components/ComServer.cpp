@@ -1,7 +1,8 @@
 // One in-process COM server of the sample product. Each component is this
 // source built with its own class ID and name (COMPONENT_CLSID,
-// COMPONENT_NAME); the product class also records the installed version, and
-// the control-panel component is an applet too.
+// COMPONENT_NAME); the product class also records the installed version, the
+// MIME filter claims the browser's XML and XHTML types, and the
+// control-panel component is an applet too.
 //
 // The class's one object answers IUnknown and IPersist; IPersist::GetClassID
 // tells a caller which class it got.
@@ -115,6 +116,30 @@ std::string ModulePath() {
   return path;
 }
 
+#ifdef COMPONENT_MIME_FILTER
+// The content types the MIME filter takes over in the browser.
+const char* const cFilteredTypes[] = {
+    "text/xml",
+    "text/xml; charset=utf-8",
+    "text/xml; charset=iso-8859-1",
+    "application/xhtml+xml",
+    "application/xhtml+xml; charset=utf-8",
+    "application/xhtml+xml; charset=iso-8859-1"};
+
+std::string FilterKey(const char* type) {
+  return std::string("PROTOCOLS\\Filter\\") + type;
+}
+
+std::string FilterOwner(const char* type) {
+  char data[64] = "";
+  DWORD size = sizeof data;
+  if (::RegGetValueA(HKEY_CLASSES_ROOT, FilterKey(type).c_str(), "CLSID",
+                     RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
+    return std::string();
+  return data;
+}
+#endif
+
 }  // namespace
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
@@ -138,11 +163,22 @@ extern "C" __declspec(dllexport) HRESULT __stdcall DllRegisterServer() {
        SetDefault(HKEY_CLASSES_ROOT, (classKey + "\\InstalledVersion").c_str(),
                   COMPONENT_INSTALLED_VERSION);
 #endif
+#ifdef COMPONENT_MIME_FILTER
+  for (const char* type : cFilteredTypes)
+    ok = ok && SetDefault(HKEY_CLASSES_ROOT, FilterKey(type).c_str(),
+                          COMPONENT_CLSID, "CLSID");
+#endif
   return ok ? S_OK : SELFREG_E_CLASS;
 }
 
 extern "C" __declspec(dllexport) HRESULT __stdcall DllUnregisterServer() {
   const std::string classKey = cClassKey;
+#ifdef COMPONENT_MIME_FILTER
+  // Only the types this filter still owns.
+  for (const char* type : cFilteredTypes)
+    if (FilterOwner(type) == COMPONENT_CLSID)
+      ::RegDeleteKeyA(HKEY_CLASSES_ROOT, FilterKey(type).c_str());
+#endif
   ::RegDeleteKeyA(HKEY_CLASSES_ROOT, (classKey + "\\InprocServer32").c_str());
 #ifdef COMPONENT_INSTALLED_VERSION
   ::RegDeleteKeyA(HKEY_CLASSES_ROOT, (classKey + "\\InstalledVersion").c_str());

@@ -172,10 +172,10 @@ std::string SystemFontFile(const std::string& name) {
 }
 
 std::string FontsKeyValue(const std::string& valueName) {
-  RegValue value = ReadValue(
-      HKEY_LOCAL_MACHINE,
-      "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts",
-      valueName.c_str());
+  RegValue value =
+      ReadValue(HKEY_LOCAL_MACHINE,
+                "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts",
+                valueName.c_str());
   return value.found ? value.text : "<none>";
 }
 
@@ -197,6 +197,14 @@ bool GdiHasFamily(const std::string& face) {
                         reinterpret_cast<LPARAM>(&count), 0);
   ::ReleaseDC(nullptr, dc);
   return count > 0;
+}
+
+bool InstallBrowserStandIn(bool override) {
+  if (!CopyBuilt("mshtml-standin", "c:\\windows\\system32\\mshtml.dll"))
+    return false;
+  return !override ||
+         WriteString(HKEY_CURRENT_USER, "Software\\Wine\\DllOverrides",
+                     "mshtml", "native,builtin");
 }
 
 bool CopyInto(const std::string& from, const std::string& to) {

@@ -65,4 +65,9 @@ std::string FontsKeyValue(const std::string& valueName);
 bool GdiHasFamily(const std::string& face);
 bool CopyInto(const std::string& from, const std::string& to);
 
+// Puts the browser's stand-in mshtml.dll (--mshtml-standin=...) where the
+// system's library is; `override` also tells Wine to load that file rather
+// than its own, as it must for the browser to be there.
+bool InstallBrowserStandIn(bool override = true);
+
 }  // namespace ActionsTest

@@ -22,14 +22,8 @@ const char cNamespaceKey[] =
     "SOFTWARE\\Microsoft\\Internet Explorer\\XMLNamespace";
 const char cMathML[] = "http://www.w3.org/1998/Math/MathML";
 
-// The stand-in in place of the system's library; `override` also tells
-// Wine to load the native file rather than its own.
 void InstallStandIn(bool override) {
-  ASSERT_TRUE(CopyBuilt("mshtml-standin", cMshtml));
-  if (override) {
-    ASSERT_TRUE(WriteString(HKEY_CURRENT_USER, "Software\\Wine\\DllOverrides",
-                            "mshtml", "native,builtin"));
-  }
+  ASSERT_TRUE(InstallBrowserStandIn(override));
 }
 
 bool LoadsStandIn() {

@@ -25,7 +25,7 @@ struct Component {
 
 const Component cComponents[5] = {
     {"Zendra.dll", "{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}"},
-    {"ZendraMimer.dll", "{D2E81B72-5B51-4CB9-879D-9F2ADE5CCA3C}"},
+    {"ZendraMimer.dll", "{5A1C7E36-2B94-4F6D-9E21-7C3B0D84A6F1}"},
     {"ZendraBHO.dll", "{C35712C8-F326-4410-9093-0B461B0A77A0}"},
     {"ZendraPanel.cpl", "{7D241A8E-2B24-4DEC-AE24-090769270D92}"},
     {"ZendraBraille.dll", "{5F496A42-193E-4734-8FCA-1030514B457B}"},
@@ -74,6 +74,12 @@ TEST_F(ComponentTest, TheFiveComponentsRegisterAndUnregister) {
   }
   EXPECT_EQ("4.2.0.0", ClassValue(cComponents[0], "InstalledVersion"));
   EXPECT_EQ("<none>", ClassValue(cComponents[1], "InstalledVersion"));
+  // The MIME filter claims the browser's XML types for itself.
+  EXPECT_EQ(cComponents[1].classId,
+            TestSupport::RegistryString(HKEY_CLASSES_ROOT,
+                                        "PROTOCOLS\\Filter\\application/"
+                                        "xhtml+xml; charset=utf-8",
+                                        "CLSID"));
 
   // COM finds each class through its key and creates it from our file.
   ASSERT_TRUE(SUCCEEDED(::CoInitialize(nullptr)));
@@ -98,6 +104,9 @@ TEST_F(ComponentTest, TheFiveComponentsRegisterAndUnregister) {
     EXPECT_TRUE(RegisterComponent(false, mDir, c.file)) << c.file;
   for (const Component& c : cComponents)
     EXPECT_EQ("<none>", ClassValue(c, nullptr)) << c.file;
+  EXPECT_EQ("<none>",
+            TestSupport::RegistryString(
+                HKEY_CLASSES_ROOT, "PROTOCOLS\\Filter\\text/xml", "CLSID"));
   EXPECT_EQ(0u, ErrorCount());
 
   const std::string log = Log();

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "ActionsTestSupport.h"
 #include "PlatformRegistry.h"
 #include "TestSupport.h"
 
@@ -34,7 +35,19 @@ bool SourceFolder::WriteConfig(
   return ovc.WaitForExit() == 0;
 }
 
+bool SourceFolder::WriteProductConfig(
+    const std::vector<std::string>& extra) const {
+  std::vector<std::string> variables = {
+      "OVCMajVersion=4", "AppName=Zendra",         "SetupName=Zendra Setup",
+      "VendorId=ORV",    "LicenseeAboutText1=E2E", "LicenseeAboutText2=E2E",
+      "BUILD_NUMBER=0"};
+  variables.insert(variables.end(), extra.begin(), extra.end());
+  return WriteConfig(variables);
+}
+
 void SourceFolder::Standard() const {
+  // The machine has the browser whose library the install registers with.
+  ActionsTest::InstallBrowserStandIn();
   std::error_code ec;
   fs::copy(WindowsPath(ArgValue("sample-dir")), mDir,
            fs::copy_options::recursive | fs::copy_options::overwrite_existing,

@@ -26,8 +26,12 @@ class SourceFolder {
   // Writes Zendra.ovc with the ovc program: NAME=VALUE pairs ("%" prefix:
   // read-only). True when ovc succeeded.
   bool WriteConfig(const std::vector<std::string>& variables) const;
+  // Zendra.ovc as the product ships it (major version 4, the names, the OEM
+  // settings) plus `extra` NAME=VALUE pairs.
+  bool WriteProductConfig(const std::vector<std::string>& extra) const;
   // The whole sample product, as it ships: Setup.exe, the components, fonts,
-  // subfolders and a Zendra.ovc of major version 4 (--sample-dir=...).
+  // subfolders and a Zendra.ovc of major version 4 (--sample-dir=...). The
+  // machine gets the browser's library the install registers with.
   void Standard() const;
 
  private:

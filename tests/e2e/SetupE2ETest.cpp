@@ -6,12 +6,15 @@
 #include <fstream>
 #include <string>
 
+#include "ActionsTestSupport.h"
 #include "Harness.h"
 #include "SetupResource.h"
 #include "TestSupport.h"
 #include "Version.h"
 
 using namespace E2E;
+using ActionsTest::Contains;
+using ActionsTest::Count;
 using TestSupport::ChildProcess;
 
 namespace {
@@ -23,18 +26,6 @@ const char cIEKey[] = "SOFTWARE\\Microsoft\\Internet Explorer";
 const char cClassKey[] = "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
 const char cUserSettings[] = "SOFTWARE\\Orvane\\OVZN4";
 const std::string cFirstInstallLog = "Zendra Install 1.log";
-
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
-int Count(const std::string& text, const std::string& part) {
-  int n = 0;
-  for (std::size_t pos = text.find(part); pos != std::string::npos;
-       pos = text.find(part, pos + 1))
-    ++n;
-  return n;
-}
 
 // Every log a case left must be well formed: balanced blocks, then the
 // exit-code line and the error count.
@@ -122,7 +113,12 @@ TEST(Configuration, MissingFileEndsTheRunWithoutLog) {
 
 TEST(Configuration, OnlyMajorVersionFourIsMerged) {
   SourceFolder source;
-  source.AddSetup();
+  source.Standard();
+  // Without a configuration the OEM settings come from the registry.
+  for (const char* name :
+       {"VendorId", "LicenseeAboutText1", "LicenseeAboutText2", "BUILD_NUMBER"})
+    ASSERT_TRUE(SetRegString(HKEY_LOCAL_MACHINE, "SOFTWARE\\Orvane", name,
+                             "from the registry"));
   ASSERT_TRUE(source.WriteConfig({"OVCMajVersion=3", "OldSetting=from three"}));
   EXPECT_EQ(0, RunSetup(source, "-s -verbose -i"));
   std::string log = ReadLog(cFirstInstallLog);
@@ -130,8 +126,10 @@ TEST(Configuration, OnlyMajorVersionFourIsMerged) {
   EXPECT_TRUE(Contains(log, "ProductName\t=\t\"Zendra\""));
   EXPECT_FALSE(Contains(log, "OldSetting"));
   EXPECT_FALSE(Contains(log, "OVCMajVersion"));
+  EXPECT_EQ("from the registry",
+            GetRegString(HKEY_LOCAL_MACHINE, cUserSettings, "RO_VendorId"));
 
-  ASSERT_TRUE(source.WriteConfig({"OVCMajVersion=4", "%NewSetting=from four"}));
+  ASSERT_TRUE(source.WriteProductConfig({"%NewSetting=from four"}));
   EXPECT_EQ(0, RunSetup(source, "-s -verbose -i"));
   log = ReadLog("Zendra Install 2.log");
   EXPECT_TRUE(Contains(log, "NewSetting (READ-ONLY)\t=\t\"from four\"")) << log;
@@ -310,24 +308,6 @@ TEST(Logs, InstallLogsTakeTheFirstFreeNumber) {
   ExpectWellFormed("Zendra Install 4.log", 0, "exitOk");
 }
 
-TEST(Logs, RemovalsShareOneLog) {
-  WriteLog("Zendra Uninstall.log", "from an earlier removal");
-  SourceFolder source;
-  source.Standard();
-  EXPECT_EQ(0, RunSetup(source, "-s -u"));
-  EXPECT_EQ(0, RunSetup(source, "-s -verbose -u"));
-  std::string log = ReadLog("Zendra Uninstall.log");
-  EXPECT_FALSE(Contains(log, "from an earlier removal"));
-  EXPECT_EQ(1, Count(log, "Zendra log started"));
-  EXPECT_TRUE(Contains(log, "Dumping global variables"))
-      << "the second run's log";
-  EXPECT_TRUE(
-      Contains(log, "Installation directory = 'C:\\ZendraE2E\\Source'."));
-  EXPECT_TRUE(Contains(log, "Zendra removed successfully."));
-  ExpectWellFormed("Zendra Uninstall.log", 0, "exitOk");
-  EXPECT_EQ(1u, LogFiles().size());
-}
-
 TEST(Logs, ProtocolHandlerRemovalOnAnInstalledMachineDeletesNothing) {
   SourceFolder source;
   source.Standard();
@@ -370,8 +350,8 @@ TEST(NotificationDialog, ChoosingEnablesOkAndStoresTheAnswer) {
 
 TEST(NotificationDialog, PresetNoIsSelected) {
   SourceFolder source;
-  source.AddSetup();
-  ASSERT_TRUE(source.WriteConfig({"OVCMajVersion=4", "Notify=N"}));
+  source.Standard();
+  ASSERT_TRUE(source.WriteProductConfig({"Notify=N"}));
   ChildProcess setup(source.SetupExe(), "/i");
   HWND dialog = setup.WaitForDialog("Zendra Setup");
   ASSERT_NE(nullptr, dialog);
@@ -392,7 +372,7 @@ TEST(NotificationDialog, SilentRunWritesOnlyAKnownAnswer) {
   EXPECT_FALSE(showed);
   EXPECT_EQ("<none>", GetRegString(HKEY_CURRENT_USER, cUserSettings, "Notify"));
 
-  ASSERT_TRUE(source.WriteConfig({"OVCMajVersion=4", "Notify=Y"}));
+  ASSERT_TRUE(source.WriteProductConfig({"Notify=Y"}));
   EXPECT_EQ(0, RunSetup(source, "-s -i", &showed));
   EXPECT_FALSE(showed);
   EXPECT_EQ("Y", GetRegString(HKEY_CURRENT_USER, cUserSettings, "Notify"));
@@ -439,7 +419,8 @@ TEST(Logs, InternalErrorsAreReportedAndTheRunGoesOn) {
   source.Standard();
   EXPECT_EQ(0, RunSetup(source, "-crash -s -i"));
   std::string log = ReadLog(cFirstInstallLog);
-  EXPECT_TRUE(Contains(log, "\r\nAssert( Crash test requested (-crash) );\r\n")) << log;
+  EXPECT_TRUE(Contains(log, "\r\nAssert( Crash test requested (-crash) );\r\n"))
+      << log;
   EXPECT_TRUE(Contains(log, "File: setup/Setup.cpp, Line#: ")) << log;
   ExpectWellFormed(cFirstInstallLog, 0, "exitOk");
 }
