@@ -169,13 +169,19 @@ void CZendraSetupApp::ReadOwnProductVersion() {
 }
 
 // The product's configuration file: merged when it is of major version 4,
-// ignored when of another; a file that can't be read ends the run.
+// ignored when of another; a file that can't be read ends the run. A missing
+// one is noted instead: an install needs it, a removal goes on without it,
+// so that a machine never keeps a product it can't remove.
 bool CZendraSetupApp::ReadConfiguration() {
   CPath path;
   if (!GetConfigPath(path)) return false;
   CVarList config;
-  if (Tern::Failed(config.ReadFile(path.OSToPathString().Chars())))
-    return false;
+  const Tern::CError read = config.ReadFile(path.OSToPathString().Chars());
+  if (read == Tern::E_NotFound) {
+    mConfigMissing = true;
+    return true;
+  }
+  if (Tern::Failed(read)) return false;
   CStr major;
   if (config.Get("OVCMajVersion", major) && major == "4")
     CVarList::Global().Merge(config);
@@ -193,6 +199,10 @@ void CZendraSetupApp::AddRegistrySearchLocations() {
 // ---- The three sequences ---------------------------------------------------
 
 void CZendraSetupApp::InstallSequence() {
+  if (mConfigMissing) {
+    SetExitCode(exitFailure);
+    return;
+  }
   const bool installFonts = !HasOption("nofonts", 0);
   const bool noVersionCheck = HasOption("noversioncheck", 0);
   if (!PermissionProbe()) {
@@ -231,6 +241,7 @@ void CZendraSetupApp::RemovalSequence() {
   }
   if (OpenLogAndPrepare("Zendra Uninstall.log", false)) {
     SetInstallDir(mSetupDir);  // Setup runs from the installed folder
+    NoteMissingConfiguration();
     if (RemoveProduct(*this)) {
       MessageDialog(cRemoved, mkPlain);
       return;
@@ -238,6 +249,16 @@ void CZendraSetupApp::RemovalSequence() {
     SetExitCode(exitFailure);
   }
   FailureMessage(cRemovalFailed);
+}
+
+void CZendraSetupApp::NoteMissingConfiguration() {
+  if (!mConfigMissing) return;
+  CPath path;
+  GetConfigPath(path);
+  LogText(
+      "Configuration file '%s' not found: removing with the built-in "
+      "settings.\n",
+      path.OSToPathString().Chars());
 }
 
 void CZendraSetupApp::ProtocolHandlerRemovalSequence() {
@@ -249,17 +270,13 @@ void CZendraSetupApp::ProtocolHandlerRemovalSequence() {
   // there is nothing this removal could do then.
   if (OpenLogAndPrepare("Zendra Uninstall.log", false)) {
     SetInstallDir(mSetupDir);
+    NoteMissingConfiguration();
     if (!IsInstalled()) {
       LogText("Deleting contents of directory: %s.\n",
               mInstallDir.OSToPathString().Chars());
       // Failures are ignored.
-      CLocalFileSystem::Instance().DeleteDirectory(mInstallDir);
-      bool removed;
-      {
-        CLogBlock block("Removing Setup");
-        removed = RemoveSetupProgram(*this);
-      }
-      if (!removed) {
+      DeleteAllThatCanGo(mInstallDir);
+      if (!LogStep(RemoveSetupProgram(*this), "Removing Setup")) {
         SetExitCode(exitFailure);
         FailureMessage(cHandlerRemovalFailed);
         return;
