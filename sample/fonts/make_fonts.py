@@ -9,7 +9,7 @@ Latin letters) with a family name of its own, the "head" fontRevision R
 fsSelection for its style, so that GDI loads and enumerates it and the font
 installer can compare versions. Every file is a family of its own ("Zendra
 Lattice Bold" is bold): the installer registers fonts by family name, so two
-files must never share one.
+files must never share one, and GDI keeps at most 31 characters of a name.
 """
 import argparse
 import os
@@ -25,10 +25,10 @@ FONTS = [
     ("latticeb.ttf", "Zendra Lattice", "bold"),
     ("latticebi.ttf", "Zendra Lattice", "bolditalic"),
     ("latticei.ttf", "Zendra Lattice", "italic"),
-    ("latsym.ttf", "Zendra Lattice Symbols", "regular"),
-    ("latsymb.ttf", "Zendra Lattice Symbols", "bold"),
-    ("latsymbi.ttf", "Zendra Lattice Symbols", "bolditalic"),
-    ("latsymi.ttf", "Zendra Lattice Symbols", "italic"),
+    ("latsym.ttf", "Zendra Lattice Sym", "regular"),
+    ("latsymb.ttf", "Zendra Lattice Sym", "bold"),
+    ("latsymbi.ttf", "Zendra Lattice Sym", "bolditalic"),
+    ("latsymi.ttf", "Zendra Lattice Sym", "italic"),
     ("laextra.ttf", "Zendra Lattice Extra", "regular"),
     ("laextrab.ttf", "Zendra Lattice Extra", "bold"),
     ("lafrak.ttf", "Zendra Lattice Fraktur", "regular"),
@@ -124,6 +124,8 @@ def main():
         if name not in known:
             sys.exit("make_fonts.py: no font named %s" % name)
     for name, family, style in FONTS:
+        full = family if style == "regular" else family + " " + SUBFAMILY[style]
+        assert len(args.family_prefix + full) <= 31, full
         if args.only and name not in args.only:
             continue
         build(os.path.join(args.outdir, name), args.family_prefix + family,

@@ -438,6 +438,7 @@ TEST(RealInstall, CloseWordDialogWaitsForWordOrEndsTheInstall) {
   ASSERT_NE(nullptr, failed);
   EXPECT_TRUE(Contains(TestSupport::MessageBoxText(failed),
                        "Zendra installation failed!"));
+  SaveScreenshot(failed, "install-failed");
   TestSupport::ClickControl(failed, IDOK);
   EXPECT_EQ(1, setup.WaitForExit(60000));
   const std::string log = ReadLog("Zendra Install 2.log");
