@@ -84,10 +84,13 @@ bool RemoveXmlNamespace() {
 class CDeleteEverythingVisitor : public Tern::CFileSystem::CVisitor {
  public:
   CError Visit(Tern::CFileSystem& fs, const CPath& entry) override {
-    if (fs.GetItemType(entry) == Tern::S_FSIsDirectory)
-      fs.DeleteDirectory(entry, true);
-    else
-      fs.RemoveFile(entry, true);
+    const CError deleted = fs.GetItemType(entry) == Tern::S_FSIsDirectory
+                               ? fs.DeleteDirectory(entry, true)
+                               : fs.RemoveFile(entry, true);
+    // Told, not counted: Setup.exe itself is always among them.
+    if (Tern::Failed(deleted))
+      LogText("Could not delete '%s' (%s).\n", entry.OSToPathString().Chars(),
+              Tern::ErrorName(deleted));
     return Tern::Ok;
   }
 };

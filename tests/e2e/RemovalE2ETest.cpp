@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ActionsTestSupport.h"
+#include "FileTestSupport.h"
 #include "Harness.h"
 #include "OfficeTestSupport.h"
 #include "Residue.h"
@@ -105,8 +106,62 @@ TEST(RealRemoval, RemovalUndoesTheInstallAndDeletesItself) {
       ActionsTest::OfficeKey("16.0", "PowerPoint") +
           "\\AddIns\\Zendra 4 Commands for PowerPoint (32-bit)",
       KEY_WOW64_64KEY));
+  EXPECT_TRUE(ActionsTest::ValueNames(
+                  HKEY_LOCAL_MACHINE,
+                  "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet "
+                  "Settings\\User Agent\\Post Platform",
+                  KEY_WOW64_32KEY)
+                  .empty());
+  EXPECT_FALSE(ActionsTest::ReadValue(HKEY_LOCAL_MACHINE,
+                                      "SOFTWARE\\Orvane\\OVZN4", "RO_VendorId",
+                                      KEY_WOW64_32KEY)
+                   .found);
   // The fonts stay: other programs' documents may use them.
   EXPECT_TRUE(FileExists(ActionsTest::SystemFontFile("lattice.ttf")));
+}
+
+TEST(RealRemoval, WinesUninstallerRunsTheUninstallString) {
+  SourceFolder source;
+  source.Standard();
+  Install(source);
+  ChildProcess uninstaller("C:\\windows\\system32\\uninstaller.exe",
+                           "--remove {5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}");
+  // The removal it starts is interactive: its closing message is answered.
+  HWND box = TestSupport::WaitForAnyWindow("Zendra Setup", 60000);
+  ASSERT_NE(nullptr, box);
+  EXPECT_EQ("Zendra removed successfully.", TestSupport::MessageBoxText(box));
+  TestSupport::ClickControl(box, IDOK);
+  EXPECT_EQ(0, uninstaller.WaitForExit(60000));
+  EXPECT_TRUE(WaitUntilGone(cInstallDir));
+  EXPECT_FALSE(KeyExists32(HKEY_CLASSES_ROOT, cProductClass));
+  const std::string listing = TempDir() + "uninstaller.txt";
+  ChildProcess list("C:\\windows\\system32\\cmd.exe",
+                    "/c uninstaller --list > \"" + listing + "\"");
+  list.WaitForExit(60000);
+  EXPECT_FALSE(Contains(ReadText(listing), "Zendra"));
+}
+
+TEST(RealRemoval, AnInstallFolderThatIsGoneIsReportedAndTheRestRemoved) {
+  SourceFolder source;
+  source.Standard();
+  Install(source);
+  // Someone deleted the product's folder and runs a kept copy of Setup.
+  SourceFolder kept("Kept Setup");
+  ASSERT_TRUE(ActionsTest::CopyInto(cInstalledSetup, kept.SetupExe()));
+  ASSERT_TRUE(ActionsTest::CopyInto(cInstallDir + "\\Zendra.ovc",
+                                    kept.Dir() + "\\Zendra.ovc"));
+  TestSupport::RemoveTree(cInstallDir);
+  ASSERT_FALSE(FileExists(cInstalledSetup));
+
+  EXPECT_EQ(1, RunSetup(kept, "-s -u"));
+  const std::string log = ReadLog(cUninstallLog);
+  EXPECT_EQ(5, Count(log, "Failure (E_NotFound, 0x80000202): Load DLL")) << log;
+  EXPECT_TRUE(Contains(log, "Zendra removal failed!"));
+  EXPECT_FALSE(
+      KeyExists32(HKEY_LOCAL_MACHINE,
+                  "Software\\Microsoft\\Windows\\CurrentVersion\\"
+                  "Uninstall\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}"));
+  EXPECT_TRUE(WaitUntilGone(kept.Dir()));
 }
 
 TEST(RealRemoval, AnInteractiveRemovalSaysSo) {

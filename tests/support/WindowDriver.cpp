@@ -26,8 +26,10 @@ ChildProcess::ChildProcess(const std::string& exe,
 
 ChildProcess::~ChildProcess() {
   if (mInfo.hProcess) {
-    if (::WaitForSingleObject(mInfo.hProcess, 0) == WAIT_TIMEOUT)
+    if (::WaitForSingleObject(mInfo.hProcess, 0) == WAIT_TIMEOUT) {
       ::TerminateProcess(mInfo.hProcess, 99);
+      ::WaitForSingleObject(mInfo.hProcess, 10000);  // gone, with its mutex
+    }
     ::CloseHandle(mInfo.hProcess);
     ::CloseHandle(mInfo.hThread);
   }
@@ -45,7 +47,9 @@ BOOL CALLBACK MatchWindow(HWND window, LPARAM param) {
   auto* search = reinterpret_cast<WindowSearch*>(param);
   DWORD pid = 0;
   ::GetWindowThreadProcessId(window, &pid);
-  if (pid != search->processId || !::IsWindowVisible(window)) return TRUE;
+  if ((search->processId != 0 && pid != search->processId) ||
+      !::IsWindowVisible(window))
+    return TRUE;
   if (search->caption) {
     char text[256] = "";
     ::GetWindowTextA(window, text, sizeof text);
@@ -114,6 +118,19 @@ HWND ChildProcess::WaitForDialog(const char* caption, DWORD timeoutMs) {
       return window;
     }
     if (::WaitForSingleObject(mInfo.hProcess, 50) == WAIT_OBJECT_0) break;
+  }
+  return nullptr;
+}
+
+HWND WaitForAnyWindow(const char* caption, DWORD timeoutMs) {
+  for (DWORD waited = 0; waited < timeoutMs; waited += 50) {
+    WindowSearch search{0, caption, nullptr};
+    ::EnumWindows(MatchWindow, reinterpret_cast<LPARAM>(&search));
+    if (search.found) {
+      ::Sleep(200);  // let the dialog finish laying itself out
+      return search.found;
+    }
+    ::Sleep(50);
   }
   return nullptr;
 }

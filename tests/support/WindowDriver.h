@@ -35,6 +35,10 @@ class ChildProcess {
   bool mSawWindow = false;
 };
 
+// The first visible top-level window of any process with that caption,
+// waiting up to `timeoutMs`; for windows of a process started by another.
+HWND WaitForAnyWindow(const char* caption, DWORD timeoutMs = 20000);
+
 // The text of a message box (its static control).
 std::string MessageBoxText(HWND box);
 // Whether the box shows an icon (error and warning boxes do, plain ones not).

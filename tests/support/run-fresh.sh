@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs one test case in a fresh prefix cloned from the template:
-#   run-fresh.sh [--locked-folders] TEMPLATE PREFIX PROGRAM [ARGS...]
+#   run-fresh.sh [--locked-folders] [--small-drive] TEMPLATE PREFIX PROGRAM [ARGS...]
 # The prefix is removed afterwards unless KEEP_PREFIX is set.
 #
 # --locked-folders first lays out locked items under C:\ZendraLocked:
@@ -8,13 +8,20 @@
 #   TargetRoot\Startup\<template>  a read-only Word macro template
 # Windows programs cannot make a folder read-only under Wine, and root writes
 # through permissions, so as root the locked items are made immutable too.
+#
+# --small-drive gives the prefix a drive P: on an 8 MB tmpfs, for disks
+# that fill up (as root only; without it there is no drive P:).
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
-locked=
-if [ "${1:-}" = --locked-folders ]; then
-  locked=yes
+locked= small=
+while :; do
+  case "${1:-}" in
+    --locked-folders) locked=yes ;;
+    --small-drive) small=yes ;;
+    *) break ;;
+  esac
   shift
-fi
+done
 template=$1
 prefix=$2
 shift 2
@@ -37,10 +44,24 @@ if [ -n "$locked" ]; then
   fi
 fi
 
+smallDir=$prefix-small-drive
+if [ -n "$small" ]; then
+  mkdir -p "$smallDir"
+  if [ "$(id -u)" = 0 ] && mount -t tmpfs -o size=8m tmpfs "$smallDir"; then
+    ln -sfn "$smallDir" "$prefix/dosdevices/p:"
+  else
+    echo "run-fresh.sh: no small drive (mounting a tmpfs needs root)" >&2
+  fi
+fi
+
 export WINEPREFIX=$prefix WINEDEBUG=-all
 "$here/wine-run.sh" "$@"
 status=$?
 wineserver -k 2>/dev/null
 [ -n "$locked" ] && unlock
+if [ -n "$small" ]; then
+  mountpoint -q "$smallDir" && umount "$smallDir"
+  rmdir "$smallDir" 2>/dev/null
+fi
 [ -n "${KEEP_PREFIX:-}" ] || rm -rf "$prefix"
 exit $status
