@@ -11,6 +11,7 @@
 namespace Tern {
 
 class CStream;
+class CWinRegKey;
 struct CFontFacts;
 
 class CFontInstaller {
@@ -46,6 +47,8 @@ class CFontInstaller {
 
  private:
   void Line(const char* text);
+  // Opens the fonts key; says so in the log, naming `reason`, when it can't.
+  bool OpenFontsKey(CWinRegKey& fonts, Int mode, const char* reason);
   CError InstallSteps(const CPath& src, const CStr& srcText,
                       UInt32& installedVersion);
   CError ReplaceInstalled(const CFontFacts& facts, UInt32& installedVersion);

@@ -70,6 +70,16 @@ CFontInstaller::CFontInstaller(CStream* log) : mLog(log) {
 
 CFontInstaller::~CFontInstaller() { cInstantiated = false; }
 
+bool CFontInstaller::OpenFontsKey(CWinRegKey& fonts, Int mode,
+                                  const char* reason) {
+  if (fonts.Open(FontsKeyPath().Chars(), mode)) return true;
+  CLogTemplate line("<reason>: Could not open fonts registry key <regKey>");
+  line.Item("reason", reason);
+  line.Item("regKey", FontsKeyPath().Chars());
+  Line(line.Result().Chars());
+  return false;
+}
+
 void CFontInstaller::Line(const char* text) {
   if (!mLog) return;
   mLog->Printf("%s\n", text);
@@ -103,11 +113,7 @@ CError CFontInstaller::GetInstalledFontFile(const char* fontName, CPath& file) {
   TERN_ASSERT(fontName && *fontName);
   if (!fontName || !*fontName) return E_BadArgument;
   CWinRegKey fonts;
-  if (!fonts.Open(FontsKeyPath().Chars(), rmRead)) {
-    CLogTemplate line("<reason>: Could not open fonts registry key <regKey>");
-    line.Item("reason", "GetInstalledFontFile");
-    line.Item("regKey", FontsKeyPath().Chars());
-    Line(line.Result().Chars());
+  if (!OpenFontsKey(fonts, rmRead, "GetInstalledFontFile")) {
     return E_NotFound;
   }
   CStr data;
@@ -153,11 +159,7 @@ CError CFontInstaller::InstallFont(const char* fontName,
     return E_CantAddFontToOS;
   }
   CWinRegKey fonts;
-  if (!fonts.Open(FontsKeyPath().Chars(), rmWrite)) {
-    CLogTemplate line("<reason>: Could not open fonts registry key <regKey>");
-    line.Item("reason", "InstallFont");
-    line.Item("regKey", FontsKeyPath().Chars());
-    Line(line.Result().Chars());
+  if (!OpenFontsKey(fonts, rmWrite, "InstallFont")) {
     return E_NoAccess;
   }
   const CStr regValue = Concat(fontName, cTrueTypeSuffix);
@@ -304,11 +306,7 @@ CError CFontInstaller::RemoveTrueTypeFont(const CPath& fontPath) {
   }
 
   CWinRegKey fonts;
-  if (!fonts.Open(FontsKeyPath().Chars(), rmWrite)) {
-    CLogTemplate line("<reason>: Could not open fonts registry key <regKey>");
-    line.Item("reason", "RemoveTrueTypeFont");
-    line.Item("regKey", FontsKeyPath().Chars());
-    Line(line.Result().Chars());
+  if (!OpenFontsKey(fonts, rmWrite, "RemoveTrueTypeFont")) {
     return E_FontNotInstalled;
   }
   CStr regValue;
