@@ -52,6 +52,35 @@ void ExpectWellFormed(const std::string& name, int exitCode,
   EXPECT_EQ(").\r\n", footer.substr(footer.size() - 4)) << footer;
 }
 
+// Sets an environment variable of this process, and so of the Setup it
+// starts, for a scope.
+class ScopedEnvironment {
+ public:
+  ScopedEnvironment(const char* name, const std::string& value) : mName(name) {
+    char old[32768];
+    DWORD n = ::GetEnvironmentVariableA(name, old, sizeof old);
+    mHadValue = n > 0 && n < sizeof old;
+    if (mHadValue) mOld.assign(old, n);
+    ::SetEnvironmentVariableA(name, value.c_str());
+  }
+  ~ScopedEnvironment() {
+    ::SetEnvironmentVariableA(mName, mHadValue ? mOld.c_str() : nullptr);
+  }
+
+ private:
+  const char* mName;
+  std::string mOld;
+  bool mHadValue = false;
+};
+
+// A temporary folder longer than the system allows: both variables the
+// system looks at, TMP first and then TEMP.
+struct UnusableTemporaryFolder {
+  const std::string tooLong = "C:\\" + std::string(300, 'T');
+  ScopedEnvironment tmp{"TMP", tooLong};
+  ScopedEnvironment temp{"TEMP", tooLong};
+};
+
 }  // namespace
 
 TEST(CommandLine, NoArgumentsPointsToAddRemovePrograms) {
@@ -403,7 +432,43 @@ TEST(Logs, InternalErrorsAreReportedAndTheRunGoesOn) {
   source.Standard();
   EXPECT_EQ(0, RunSetup(source, "-crash -s -i"));
   std::string log = ReadLog(cFirstInstallLog);
-  EXPECT_TRUE(Contains(log, "\r\nAssert( Crash test requested (-crash) );\r\n")) << log;
+  EXPECT_TRUE(Contains(log, "\r\nAssert( Crash test requested (-crash) );\r\n"))
+      << log;
   EXPECT_TRUE(Contains(log, "File: setup/Setup.cpp, Line#: ")) << log;
   ExpectWellFormed(cFirstInstallLog, 0, "exitOk");
+}
+
+TEST(Logs, UnusableTemporaryFolderEndsTheSilentRun) {
+  SourceFolder source;
+  source.Standard();
+  const std::string realTemp = TempDir();
+  int code = -1;
+  bool showed = true;
+  {
+    UnusableTemporaryFolder temp;
+    ChildProcess setup(source.SetupExe(), "-s -i");
+    code = setup.WaitForExit(20000);  // -1: it had to be killed
+    showed = setup.EverShowedWindow();
+  }
+  // The log can't be opened, so the preparation fails and the exit code
+  // stays as it was.
+  EXPECT_EQ(0, code);
+  EXPECT_FALSE(showed);
+  EXPECT_TRUE(LogFiles().empty());
+  EXPECT_EQ(realTemp, TempDir());
+}
+
+TEST(Logs, UnusableTemporaryFolderNamesTheIntendedLog) {
+  SourceFolder source;
+  source.Standard();
+  UnusableTemporaryFolder temp;
+  ChildProcess setup(source.SetupExe(), "-i");
+  HWND box = setup.WaitForDialog("Zendra Setup");
+  ASSERT_NE(nullptr, box) << "no message box appeared";
+  EXPECT_EQ(
+      "Zendra installation failed!\n\nSee \"Zendra Install 1.log\" for details",
+      TestSupport::MessageBoxText(box));
+  SaveScreenshot(box, "unusable-temporary-folder");
+  TestSupport::PressButton(box, "OK");
+  EXPECT_EQ(0, setup.WaitForExit(20000));
 }

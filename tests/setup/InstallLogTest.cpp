@@ -208,3 +208,55 @@ TEST_F(InstallLogTest, EndingABlockEarlyChecksTheDepth) {
   EXPECT_ASSERTION(block.End(), "mIndentLevel > 0");
   block.End();  // ended once only: nothing more to check or write
 }
+
+namespace {
+
+// Sets an environment variable of this process for a scope.
+class ScopedEnvironment {
+ public:
+  ScopedEnvironment(const char* name, const std::string& value) : mName(name) {
+    char old[32768];
+    DWORD n = ::GetEnvironmentVariableA(name, old, sizeof old);
+    mHadValue = n > 0 && n < sizeof old;
+    if (mHadValue) mOld.assign(old, n);
+    ::SetEnvironmentVariableA(name, value.c_str());
+  }
+  ~ScopedEnvironment() {
+    ::SetEnvironmentVariableA(mName, mHadValue ? mOld.c_str() : nullptr);
+  }
+
+ private:
+  const char* mName;
+  std::string mOld;
+  bool mHadValue = false;
+};
+
+}  // namespace
+
+// A temporary folder longer than the system allows can't be resolved: the
+// search for a free number ends at once, no log is opened, and the intended
+// path is the first name.
+TEST_F(InstallLogTest, UnusableTemporaryFolderOpensNoLog) {
+  const std::string realTemp = TempDir();
+  const std::string tooLong = "C:\\" + std::string(300, 'T');
+  bool opened = true;
+  TestSupport::ReportingAssertions reporting;
+  gReports.clear();
+  Tern::SetDebugOutputSink(CollectReport);
+  {
+    ScopedEnvironment tmp("TMP", tooLong), temp("TEMP", tooLong);
+    ASSERT_EQ(0u, ::GetTempPathA(MAX_PATH, std::vector<char>(MAX_PATH).data()));
+    opened = OpenLog("Zendra Install <Num>.log", true);
+  }
+  Tern::SetDebugOutputSink(nullptr);
+  EXPECT_FALSE(opened);
+  EXPECT_FALSE(IsLogOpen());
+  EXPECT_STREQ("Zendra Install 1.log", LogPath().OSToPathString().Chars());
+  ASSERT_FALSE(gReports.empty());
+  EXPECT_NE(std::string::npos,
+            gReports.back().find("Assert( can't get the temporary folder for "
+                                 "the log 'Zendra Install 1.log' ("))
+      << gReports.back();
+  EXPECT_EQ(INVALID_FILE_ATTRIBUTES,
+            ::GetFileAttributesA((realTemp + "Zendra Install 1.log").c_str()));
+}
