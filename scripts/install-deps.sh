@@ -10,6 +10,9 @@ packages=(
   wine wine32:i386 wine64 libwine:i386
   xvfb xauth xdotool x11-apps imagemagick
   googletest zlib1g-dev python3-fonttools
+  # The fuzz targets: clang with libFuzzer and the sanitizer runtimes (only
+  # recommended by clang-14, so named here).
+  clang libclang-rt-14-dev
 )
 
 sudo_if_needed() {
