@@ -12,6 +12,7 @@
 #include "Setup.h"
 #include "TVarList.h"
 #include "TestSupport.h"
+#include "WindowDriver.h"
 
 using namespace Zendra;
 
@@ -209,30 +210,6 @@ TEST_F(InstallLogTest, EndingABlockEarlyChecksTheDepth) {
   block.End();  // ended once only: nothing more to check or write
 }
 
-namespace {
-
-// Sets an environment variable of this process for a scope.
-class ScopedEnvironment {
- public:
-  ScopedEnvironment(const char* name, const std::string& value) : mName(name) {
-    char old[32768];
-    DWORD n = ::GetEnvironmentVariableA(name, old, sizeof old);
-    mHadValue = n > 0 && n < sizeof old;
-    if (mHadValue) mOld.assign(old, n);
-    ::SetEnvironmentVariableA(name, value.c_str());
-  }
-  ~ScopedEnvironment() {
-    ::SetEnvironmentVariableA(mName, mHadValue ? mOld.c_str() : nullptr);
-  }
-
- private:
-  const char* mName;
-  std::string mOld;
-  bool mHadValue = false;
-};
-
-}  // namespace
-
 // A temporary folder longer than the system allows can't be resolved: the
 // search for a free number ends at once, no log is opened, and the intended
 // path is the first name.
@@ -244,7 +221,7 @@ TEST_F(InstallLogTest, UnusableTemporaryFolderOpensNoLog) {
   gReports.clear();
   Tern::SetDebugOutputSink(CollectReport);
   {
-    ScopedEnvironment tmp("TMP", tooLong), temp("TEMP", tooLong);
+    TestSupport::ScopedEnvironment tmp("TMP", tooLong), temp("TEMP", tooLong);
     ASSERT_EQ(0u, ::GetTempPathA(MAX_PATH, std::vector<char>(MAX_PATH).data()));
     opened = OpenLog("Zendra Install <Num>.log", true);
   }
