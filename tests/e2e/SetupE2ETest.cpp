@@ -3,7 +3,10 @@
 // through their windows.
 #include <windows.h>
 
+#include <cstdint>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <string>
 
 #include "Harness.h"
@@ -52,33 +55,12 @@ void ExpectWellFormed(const std::string& name, int exitCode,
   EXPECT_EQ(").\r\n", footer.substr(footer.size() - 4)) << footer;
 }
 
-// Sets an environment variable of this process, and so of the Setup it
-// starts, for a scope.
-class ScopedEnvironment {
- public:
-  ScopedEnvironment(const char* name, const std::string& value) : mName(name) {
-    char old[32768];
-    DWORD n = ::GetEnvironmentVariableA(name, old, sizeof old);
-    mHadValue = n > 0 && n < sizeof old;
-    if (mHadValue) mOld.assign(old, n);
-    ::SetEnvironmentVariableA(name, value.c_str());
-  }
-  ~ScopedEnvironment() {
-    ::SetEnvironmentVariableA(mName, mHadValue ? mOld.c_str() : nullptr);
-  }
-
- private:
-  const char* mName;
-  std::string mOld;
-  bool mHadValue = false;
-};
-
 // A temporary folder longer than the system allows: both variables the
 // system looks at, TMP first and then TEMP.
 struct UnusableTemporaryFolder {
   const std::string tooLong = "C:\\" + std::string(300, 'T');
-  ScopedEnvironment tmp{"TMP", tooLong};
-  ScopedEnvironment temp{"TEMP", tooLong};
+  TestSupport::ScopedEnvironment tmp{"TMP", tooLong};
+  TestSupport::ScopedEnvironment temp{"TEMP", tooLong};
 };
 
 }  // namespace
@@ -471,4 +453,94 @@ TEST(Logs, UnusableTemporaryFolderNamesTheIntendedLog) {
   SaveScreenshot(box, "unusable-temporary-folder");
   TestSupport::PressButton(box, "OK");
   EXPECT_EQ(0, setup.WaitForExit(20000));
+}
+
+// ---- Damaged configuration files --------------------------------------------
+
+namespace {
+
+// The file format's byte scrambling: add 0x3F, swap the nibbles.
+unsigned char Scramble(unsigned char b) {
+  const unsigned char s = static_cast<unsigned char>(b + 0x3F);
+  return static_cast<unsigned char>((s << 4) | (s >> 4));
+}
+unsigned char Unscramble(unsigned char s) {
+  const unsigned char r = static_cast<unsigned char>((s << 4) | (s >> 4));
+  return static_cast<unsigned char>(r - 0x3F);
+}
+
+std::string ReadBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in),
+                     std::istreambuf_iterator<char>());
+}
+
+// Lays out the sample product with its Zendra.ovc changed by `damage`, runs
+// a silent install and expects it to end by itself with exit code 1, before
+// any log or any change: the configuration is read first.
+void ExpectDamagedConfigurationRefused(
+    const std::function<std::string(std::string)>& damage) {
+  SourceFolder source;
+  source.Standard();
+  const std::string config = source.Dir() + "\\Zendra.ovc";
+  const std::string good = ReadBytes(config);
+  ASSERT_GT(good.size(), 40u);
+  const std::string bad = damage(good);
+  ASSERT_NE(good, bad);
+  std::ofstream(config, std::ios::binary | std::ios::trunc) << bad;
+  ASSERT_EQ(bad, ReadBytes(config));
+
+  bool showed = true;
+  EXPECT_EQ(1, RunSetup(source, "-s -i", &showed));  // -1: it had to be killed
+  EXPECT_FALSE(showed);
+  EXPECT_TRUE(LogFiles().empty());
+  EXPECT_EQ(INVALID_FILE_ATTRIBUTES,
+            ::GetFileAttributesA("C:\\Program Files (x86)\\Orvane\\Zendra"));
+}
+
+}  // namespace
+
+TEST(DamagedConfiguration, EmptyFile) {
+  ExpectDamagedConfigurationRefused([](std::string) { return std::string(); });
+}
+
+TEST(DamagedConfiguration, WrongHeader) {
+  // "Orvane Configuration File 1.0" becomes "Orvane Configuration File 2.0".
+  ExpectDamagedConfigurationRefused([](std::string bytes) {
+    const std::size_t at = std::string("Orvane Configuration File ").size();
+    EXPECT_EQ('1', Unscramble(static_cast<unsigned char>(bytes[at])));
+    bytes[at] = static_cast<char>(Scramble('2'));
+    return bytes;
+  });
+}
+
+TEST(DamagedConfiguration, Truncated) {
+  // Cut inside the variable list: no end marker, no checksum.
+  ExpectDamagedConfigurationRefused(
+      [](std::string bytes) { return bytes.substr(0, bytes.size() / 2 + 3); });
+}
+
+TEST(DamagedConfiguration, ChecksumChanged) {
+  // The last digit of the checksum text, just before its NUL.
+  ExpectDamagedConfigurationRefused([](std::string bytes) {
+    const std::size_t at = bytes.size() - 2;
+    const unsigned char digit =
+        Unscramble(static_cast<unsigned char>(bytes[at]));
+    EXPECT_TRUE(digit >= '0' && digit <= '9');
+    bytes[at] = static_cast<char>(Scramble(digit == '9' ? '0' : digit + 1));
+    return bytes;
+  });
+}
+
+TEST(DamagedConfiguration, RandomBytes) {
+  ExpectDamagedConfigurationRefused([](std::string bytes) {
+    std::uint32_t state = 0x2545F491u;
+    for (char& b : bytes) {  // the same length, other bytes
+      state ^= state << 13;
+      state ^= state >> 17;
+      state ^= state << 5;
+      b = static_cast<char>(state >> 24);
+    }
+    return bytes;
+  });
 }
