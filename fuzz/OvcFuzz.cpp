@@ -7,13 +7,25 @@
 
 FUZZ_INITIALIZE
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
-                                      std::size_t size) {
-  // In memory where the machine has a RAM disk: the file is written afresh
-  // for every input.
+namespace {
+
+// The input's file: in memory where the machine has a RAM disk, as it is
+// written afresh for every input; removed when the run ends.
+const std::string& InputPath() {
   static const std::string path =
       std::string(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") +
       "/zendra-fuzz-ovc-" + std::to_string(::getpid()) + ".ovc";
+  static const int removed =
+      std::atexit([] { std::remove(InputPath().c_str()); });
+  (void)removed;
+  return path;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
+                                      std::size_t size) {
+  const std::string& path = InputPath();
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (!file) return 0;
   const bool written = std::fwrite(data, 1, size, file) == size;
