@@ -11,6 +11,9 @@ packages=(
   xvfb xauth xdotool x11-apps imagemagick
   googletest zlib1g-dev python3-fonttools
   e2fsprogs
+  # The fuzz targets: clang with libFuzzer and the sanitizer runtimes (only
+  # recommended by clang-14, so named here).
+  clang libclang-rt-14-dev
 )
 
 sudo_if_needed() {

@@ -22,19 +22,30 @@ UInt32 gErrorCount = 0;
 // Each block level indents by this many spaces.
 const Int cIndentWidth = 4;
 
-CPath NextLogPath(const CPath& tempDir, const char* pattern, bool numbered) {
-  CPath path = tempDir;
-  if (!numbered) {
-    path.AppendComponent(pattern);
-    return path;
-  }
+// The file name for number `num` ("Num" filled in), or the name as it stands
+// when the log is not numbered.
+CStr LogFileName(const char* pattern, bool numbered, Int num) {
+  if (!numbered) return CStr(pattern);
+  Tern::CFormat name(pattern, nullptr, Tern::CFormat::fmtNoGlobalExpansion);
+  name.Item("Num", num);
+  return name.Result();
+}
+
+// The log's path in `tempDir`: the name as it stands, or the first number
+// whose file does not exist. Only "exists" moves on to the next number; any
+// other answer of the lookup ends the search with that answer, and `path` is
+// then the name the search stopped at.
+CError NextLogPath(const CPath& tempDir, const char* pattern, bool numbered,
+                   CPath& path) {
   for (Int num = 1;; ++num) {
-    Tern::CFormat name(pattern, nullptr, Tern::CFormat::fmtNoGlobalExpansion);
-    name.Item("Num", num);
     path = tempDir;
-    path.AppendComponent(name.Result().Chars());
-    if (CLocalFileSystem::Instance().GetItemType(path) == Tern::E_NotFound)
-      return path;
+    CError err =
+        path.AppendComponent(LogFileName(pattern, numbered, num).Chars());
+    if (Tern::Failed(err) || !numbered) return err;
+    CError type = CLocalFileSystem::Instance().GetItemType(path);
+    if (type == Tern::E_NotFound) return Tern::Ok;
+    if (type != Tern::S_FSIsFile && type != Tern::S_FSIsDirectory)
+      return Tern::Failed(type) ? type : Tern::Failure;
   }
 }
 
@@ -57,8 +68,22 @@ bool OpenLog(const char* fileNamePattern, bool numbered) {
   CPath tempDir;
   CError err = CLocalFileSystem::Instance().GetDirectory(
       CLocalFileSystem::dtTempDir, tempDir);
-  TERN_ASSERT(Tern::Succeeded(err));
-  gLogPath = NextLogPath(tempDir, fileNamePattern, numbered);
+  if (Tern::Failed(err)) {
+    // Without a temporary folder there is no place for the log: its intended
+    // path is the first name alone.
+    gLogPath.Set(LogFileName(fileNamePattern, numbered, 1).Chars());
+    Tern::SetSourcePosition(__FILE__, __LINE__);
+    Tern::AssertFailed("can't get the temporary folder for the log '%s' (%s)",
+                       gLogPath.OSToPathString().Chars(), Tern::ErrorName(err));
+    return false;
+  }
+  err = NextLogPath(tempDir, fileNamePattern, numbered, gLogPath);
+  if (Tern::Failed(err)) {
+    Tern::SetSourcePosition(__FILE__, __LINE__);
+    Tern::AssertFailed("can't find a free name for the log '%s' (%s)",
+                       gLogPath.OSToPathString().Chars(), Tern::ErrorName(err));
+    return false;
+  }
 
   auto log = std::make_unique<CLogStream>(gLogPath);
   err = log->Open(gLogPath.OSToPathString().Chars(),

@@ -11,7 +11,8 @@ namespace Tern {
 class CPath;
 
 // A decoded format spec: optional "0" (fill), optional width, optional
-// conversion letter, at most 10 characters in all.
+// conversion letter, at most 10 characters in all; a width above 1024 makes
+// the format spec invalid.
 struct CFormatSpec {
   char fill = ' ';
   Int width = 0;

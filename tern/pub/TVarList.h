@@ -78,7 +78,10 @@ class CVarList {
   // Replaces every plain "<name>" placeholder by its value, with this list
   // and those chained after it, pass after pass until a pass changes nothing.
   // `delims` holds the open and close characters ("<>" when null). Returns
-  // the number of replacements.
+  // the number of replacements. A variable whose value holds its own
+  // placeholder would make that endless: after 1000 replacements, or once
+  // the text is longer than 64K characters, expansion stops with an internal
+  // error.
   Int Expand(CStr& text, const char* delims = nullptr) const;
   // The same over UTF-16 text; names and values are taken through the
   // system code page.
@@ -99,6 +102,12 @@ class CVarList {
   // fails, so callers discard the list then.
   CError WriteFile(const char* osPath) const;
   CError ReadFile(const char* osPath, ConfigFileProblem* problem = nullptr);
+  // WriteFile's writing, into a stream opened with scrambling and the
+  // additive checksum (smScramble | smChecksum).
+  CError WriteConfig(CStream& out) const;
+  // ReadFile's reading, from a stream opened with scrambling and the additive
+  // checksum (smScramble | smChecksum), positioned at the file's start.
+  CError ReadConfig(CStream& in, ConfigFileProblem* problem = nullptr);
 
  private:
   CVar* FindVar(const char* name) const;
@@ -108,7 +117,7 @@ class CVarList {
   Int ExpandText(StrT& text, const char* delims) const;
   template <typename StrT>
   Int ExpandPass(StrT& text, typename StrT::CharType open,
-                 typename StrT::CharType close) const;
+                 typename StrT::CharType close, Int& budget) const;
 
   CVar* mHead = nullptr;
   CVar* mTail = nullptr;

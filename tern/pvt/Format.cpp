@@ -11,6 +11,9 @@ namespace Tern {
 namespace {
 
 const Int cMaxSpecLength = 10;
+// The widest field a format spec may ask for; a wider one makes the spec
+// invalid (ten digits would not even fit the width's type).
+const Int cMaxWidth = 1024;
 
 // Digits and letters are ASCII: format narrow, then widen by code unit.
 void Assign(CStr& out, const char* text) { out = text; }
@@ -22,10 +25,11 @@ void Assign(CWStr& out, const char* text) {
 template <typename StrT>
 void Pad(StrT& text, const CFormatSpec& fmtSpec) {
   using Ch = typename StrT::CharType;
-  while (text.Length() < fmtSpec.width) {
-    Ch fill = static_cast<Ch>(fmtSpec.fill);
-    text.Insert(0, &fill, 1);
-  }
+  if (text.Length() >= fmtSpec.width) return;
+  StrT fill;
+  const Ch c = static_cast<Ch>(fmtSpec.fill);
+  for (Int n = fmtSpec.width - text.Length(); n > 0; --n) fill.Append(c);
+  text.Insert(0, fill.Chars(), fill.Length());
 }
 
 // The format spec decoded, or the defaults after the assertion the callers
@@ -106,8 +110,13 @@ bool DecodeFormatSpec(const Ch* fmtSpecStr, CFormatSpec& fmtSpec) {
     fmtSpec.fill = '0';
     ++p;
   }
-  while (*p >= '0' && *p <= '9')
+  while (*p >= '0' && *p <= '9') {
     fmtSpec.width = fmtSpec.width * 10 + (*p++ - '0');
+    if (fmtSpec.width > cMaxWidth) {
+      fmtSpec = CFormatSpec();
+      return false;
+    }
+  }
   if (*p == 0) return true;
   switch (*p) {
     case 'd':

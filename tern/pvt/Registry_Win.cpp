@@ -6,6 +6,7 @@
 
 #include "Platform.h"
 #include "TErrorHandler.h"
+#include "TRegistryScript.h"
 #include "TRegistry_Win.h"
 #include "TStr.h"
 #include "TStream.h"
@@ -302,20 +303,11 @@ class CScriptRunner {
       : mRoot(view), mSub(view), mMessage(message) {}
 
   // False stops the script.
-  bool RunLine(const CStr& line) {
-    const char command = line[0];
-    CStr rest = line.Mid(1);
-    const Int equals = rest.Find('=');
-    const bool hasValue = equals >= 0;
-    CStr key = hasValue ? CStr(rest.Mid(0, equals)) : rest;
-    const CStr value = hasValue ? CStr(rest.Mid(equals + 1)) : CStr();
-    for (Int i = 0; i < key.Length(); ++i) {
-      if (key[i] == '/') {
-        key.Remove(i, 1);
-        key.Insert(i, "\\", 1);
-      }
-    }
-    switch (command) {
+  bool RunLine(const CRegScriptLine& line) {
+    const CStr& key = line.key;
+    const bool hasValue = line.hasValue;
+    const CStr& value = line.value;
+    switch (line.command) {
       case '@':
         return OpenRoot(key, hasValue, value);
       case '/':
@@ -396,11 +388,11 @@ CError RunRegistryScript(CStream& script, Int view, CStr* message) {
   CScriptRunner runner(view, message);
   for (;;) {
     CStr line;
-    bool ended = !script.ReadUntil(line, '\n');
-    if (line.Length() > 0 && line[line.Length() - 1] == '\r')
-      line.Truncate(line.Length() - 1);
-    if (!Str::IsBlank(line.Chars()) && !runner.RunLine(line)) return Failure;
-    if (ended) return Ok;
+    const bool more = ReadRegistryScriptLine(script, line);
+    CRegScriptLine parsed;
+    if (ParseRegistryScriptLine(line, parsed) && !runner.RunLine(parsed))
+      return Failure;
+    if (!more) return Ok;
   }
 }
 

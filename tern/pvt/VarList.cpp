@@ -26,6 +26,12 @@ void FillOnce(CStr& text, const char* name, const CStr& value) {
   }
 }
 
+// Expansion gives up after this many replacements, or once the text has
+// grown past this length: only a variable whose value holds its own
+// placeholder, directly or through others, gets there.
+const Int cMaxReplacements = 1000;
+const Int cMaxExpandedLength = 1 << 16;
+
 UInt32 ParseUnsigned(const CStr& text) {
   UInt32 value = 0;
   for (Int i = 0; i < text.Length() && text[i] >= '0' && text[i] <= '9'; ++i)
@@ -155,7 +161,7 @@ const CWStr& TextOf(const CStr& text, CWStr& wide) {
 
 template <typename StrT>
 Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
-                         typename StrT::CharType close) const {
+                         typename StrT::CharType close, Int& budget) const {
   Int count = 0;
   StrT nameBuf, valueBuf;
   for (const CVarList* list = this; list; list = list->mNext) {
@@ -170,6 +176,11 @@ Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
         bool closed =
             pos + nameLen < text.Length() && text[pos + nameLen] == close;
         if (opened && closed) {
+          if (budget <= 0 || text.Length() > cMaxExpandedLength) {
+            budget = -1;  // one more was due: the expansion would not end
+            return count;
+          }
+          --budget;
           Int start = pos - 1;
           text.Remove(start, nameLen + 2);
           text.Insert(start, value.Chars(), value.Length());
@@ -194,10 +205,17 @@ Int CVarList::ExpandText(StrT& text, const char* delims) const {
     close = static_cast<unsigned char>(delims[1]);
   }
   Int total = 0;
+  Int budget = cMaxReplacements;
   while (text.Find(open) >= 0 && text.Find(close) >= 0) {
-    Int replaced = ExpandPass(text, open, close);
-    if (replaced == 0) break;
+    Int replaced = ExpandPass(text, open, close, budget);
     total += replaced;
+    if (budget < 0) {
+      // A value that holds its own placeholder, directly or through others,
+      // would be expanded for ever.
+      TERN_FAIL("variable expansion does not end");
+      break;
+    }
+    if (replaced == 0) break;
   }
   return total;
 }
@@ -249,43 +267,49 @@ CError CVarList::WriteFile(const char* osPath) const {
   CError err =
       file.Open(osPath, fsmCreateAlways | smWriteOnly | cConfigFileMode);
   if (Failed(err)) return err;
-  file.WriteString(cConfigFileHeader);
-  file.WriteByte(0);
-  Write(file);
-  file.WriteByte(0);
-  file.Printf("%lu", static_cast<unsigned long>(file.GetChecksum()));
-  file.WriteByte(0);
-  err = file.GetState() == ssFailed ? E_Write : Ok;
+  err = WriteConfig(file);
   CError closed = file.Close();
   return Failed(err) ? err : closed;
 }
 
+CError CVarList::WriteConfig(CStream& out) const {
+  out.WriteString(cConfigFileHeader);
+  out.WriteByte(0);
+  Write(out);
+  out.WriteByte(0);
+  out.Printf("%lu", static_cast<unsigned long>(out.GetChecksum()));
+  out.WriteByte(0);
+  return out.GetState() == ssFailed ? E_Write : Ok;
+}
+
 CError CVarList::ReadFile(const char* osPath, ConfigFileProblem* problem) {
-  ConfigFileProblem found = cfpNone;
+  if (problem) *problem = cfpNone;
   CFileStream file;
   CError err =
       file.Open(osPath, fsmOpenExisting | smReadOnly | cConfigFileMode);
-  if (Succeeded(err)) {
-    CStr header;
-    bool headerEnded = file.ReadUntil(header, 0);
-    if (!headerEnded && header.IsEmpty()) {
-      found = cfpEmpty;
-    } else if (header != cConfigFileHeader) {
-      found = cfpBadHeader;
-    } else {
-      // Without its end marker the file has no checksum text, which reads
-      // as 0 and fails the comparison.
-      bool ended = Read(file);
-      UInt32 sum = file.GetChecksum();
-      CStr checksumText;
-      file.ReadUntil(checksumText, 0);
-      if (ParseUnsigned(checksumText) != sum)
-        found = ended ? cfpBadChecksum : cfpNoEndMarker;
-    }
-    err = found == cfpNone ? Ok : E_BadData;
+  return Failed(err) ? err : ReadConfig(file, problem);
+}
+
+CError CVarList::ReadConfig(CStream& in, ConfigFileProblem* problem) {
+  ConfigFileProblem found = cfpNone;
+  CStr header;
+  bool headerEnded = in.ReadUntil(header, 0);
+  if (!headerEnded && header.IsEmpty()) {
+    found = cfpEmpty;
+  } else if (header != cConfigFileHeader) {
+    found = cfpBadHeader;
+  } else {
+    // Without its end marker the file has no checksum text, which reads as 0
+    // and fails the comparison.
+    bool ended = Read(in);
+    UInt32 sum = in.GetChecksum();
+    CStr checksumText;
+    in.ReadUntil(checksumText, 0);
+    if (ParseUnsigned(checksumText) != sum)
+      found = ended ? cfpBadChecksum : cfpNoEndMarker;
   }
   if (problem) *problem = found;
-  return err;
+  return found == cfpNone ? Ok : E_BadData;
 }
 
 }  // namespace Tern

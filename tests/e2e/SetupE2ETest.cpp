@@ -3,7 +3,10 @@
 // through their windows.
 #include <windows.h>
 
+#include <cstdint>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <string>
 
 #include "ActionsTestSupport.h"
@@ -42,6 +45,14 @@ void ExpectWellFormed(const std::string& name, int exitCode,
       << footer;
   EXPECT_EQ(").\r\n", footer.substr(footer.size() - 4)) << footer;
 }
+
+// A temporary folder longer than the system allows: both variables the
+// system looks at, TMP first and then TEMP.
+struct UnusableTemporaryFolder {
+  const std::string tooLong = "C:\\" + std::string(300, 'T');
+  TestSupport::ScopedEnvironment tmp{"TMP", tooLong};
+  TestSupport::ScopedEnvironment temp{"TEMP", tooLong};
+};
 
 }  // namespace
 
@@ -423,4 +434,129 @@ TEST(Logs, InternalErrorsAreReportedAndTheRunGoesOn) {
       << log;
   EXPECT_TRUE(Contains(log, "File: setup/Setup.cpp, Line#: ")) << log;
   ExpectWellFormed(cFirstInstallLog, 0, "exitOk");
+}
+
+TEST(Logs, UnusableTemporaryFolderEndsTheSilentRun) {
+  SourceFolder source;
+  source.Standard();
+  const std::string realTemp = TempDir();
+  int code = -1;
+  bool showed = true;
+  {
+    UnusableTemporaryFolder temp;
+    ChildProcess setup(source.SetupExe(), "-s -i");
+    code = setup.WaitForExit(20000);  // -1: it had to be killed
+    showed = setup.EverShowedWindow();
+  }
+  // The log can't be opened, so the preparation fails and the exit code
+  // stays as it was.
+  EXPECT_EQ(0, code);
+  EXPECT_FALSE(showed);
+  EXPECT_TRUE(LogFiles().empty());
+  EXPECT_EQ(realTemp, TempDir());
+}
+
+TEST(Logs, UnusableTemporaryFolderNamesTheIntendedLog) {
+  SourceFolder source;
+  source.Standard();
+  UnusableTemporaryFolder temp;
+  ChildProcess setup(source.SetupExe(), "-i");
+  HWND box = setup.WaitForDialog("Zendra Setup");
+  ASSERT_NE(nullptr, box) << "no message box appeared";
+  EXPECT_EQ(
+      "Zendra installation failed!\n\nSee \"Zendra Install 1.log\" for details",
+      TestSupport::MessageBoxText(box));
+  SaveScreenshot(box, "unusable-temporary-folder");
+  TestSupport::PressButton(box, "OK");
+  EXPECT_EQ(0, setup.WaitForExit(20000));
+}
+
+// ---- Damaged configuration files --------------------------------------------
+
+namespace {
+
+// The file format's byte scrambling: add 0x3F, swap the nibbles.
+unsigned char Scramble(unsigned char b) {
+  const unsigned char s = static_cast<unsigned char>(b + 0x3F);
+  return static_cast<unsigned char>((s << 4) | (s >> 4));
+}
+unsigned char Unscramble(unsigned char s) {
+  const unsigned char r = static_cast<unsigned char>((s << 4) | (s >> 4));
+  return static_cast<unsigned char>(r - 0x3F);
+}
+
+std::string ReadBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in),
+                     std::istreambuf_iterator<char>());
+}
+
+// Lays out the sample product with its Zendra.ovc changed by `damage`, runs
+// a silent install and expects it to end by itself with exit code 1, before
+// any log or any change: the configuration is read first.
+void ExpectDamagedConfigurationRefused(
+    const std::function<std::string(std::string)>& damage) {
+  SourceFolder source;
+  source.Standard();
+  const std::string config = source.Dir() + "\\Zendra.ovc";
+  const std::string good = ReadBytes(config);
+  ASSERT_GT(good.size(), 40u);
+  const std::string bad = damage(good);
+  ASSERT_NE(good, bad);
+  std::ofstream(config, std::ios::binary | std::ios::trunc) << bad;
+  ASSERT_EQ(bad, ReadBytes(config));
+
+  bool showed = true;
+  EXPECT_EQ(1, RunSetup(source, "-s -i", &showed));  // -1: it had to be killed
+  EXPECT_FALSE(showed);
+  EXPECT_TRUE(LogFiles().empty());
+  EXPECT_EQ(INVALID_FILE_ATTRIBUTES,
+            ::GetFileAttributesA("C:\\Program Files (x86)\\Orvane\\Zendra"));
+}
+
+}  // namespace
+
+TEST(DamagedConfiguration, EmptyFile) {
+  ExpectDamagedConfigurationRefused([](std::string) { return std::string(); });
+}
+
+TEST(DamagedConfiguration, WrongHeader) {
+  // "Orvane Configuration File 1.0" becomes "Orvane Configuration File 2.0".
+  ExpectDamagedConfigurationRefused([](std::string bytes) {
+    const std::size_t at = std::string("Orvane Configuration File ").size();
+    EXPECT_EQ('1', Unscramble(static_cast<unsigned char>(bytes[at])));
+    bytes[at] = static_cast<char>(Scramble('2'));
+    return bytes;
+  });
+}
+
+TEST(DamagedConfiguration, Truncated) {
+  // Cut inside the variable list: no end marker, no checksum.
+  ExpectDamagedConfigurationRefused(
+      [](std::string bytes) { return bytes.substr(0, bytes.size() / 2 + 3); });
+}
+
+TEST(DamagedConfiguration, ChecksumChanged) {
+  // The last digit of the checksum text, just before its NUL.
+  ExpectDamagedConfigurationRefused([](std::string bytes) {
+    const std::size_t at = bytes.size() - 2;
+    const unsigned char digit =
+        Unscramble(static_cast<unsigned char>(bytes[at]));
+    EXPECT_TRUE(digit >= '0' && digit <= '9');
+    bytes[at] = static_cast<char>(Scramble(digit == '9' ? '0' : digit + 1));
+    return bytes;
+  });
+}
+
+TEST(DamagedConfiguration, RandomBytes) {
+  ExpectDamagedConfigurationRefused([](std::string bytes) {
+    std::uint32_t state = 0x2545F491u;
+    for (char& b : bytes) {  // the same length, other bytes
+      state ^= state << 13;
+      state ^= state >> 17;
+      state ^= state << 5;
+      b = static_cast<char>(state >> 24);
+    }
+    return bytes;
+  });
 }

@@ -12,6 +12,7 @@
 #include "Setup.h"
 #include "TVarList.h"
 #include "TestSupport.h"
+#include "WindowDriver.h"
 
 using namespace Zendra;
 
@@ -207,4 +208,32 @@ TEST_F(InstallLogTest, EndingABlockEarlyChecksTheDepth) {
   CurrentLog()->DecIndent();
   EXPECT_ASSERTION(block.End(), "mIndentLevel > 0");
   block.End();  // ended once only: nothing more to check or write
+}
+
+// A temporary folder longer than the system allows can't be resolved: the
+// search for a free number ends at once, no log is opened, and the intended
+// path is the first name.
+TEST_F(InstallLogTest, UnusableTemporaryFolderOpensNoLog) {
+  const std::string realTemp = TempDir();
+  const std::string tooLong = "C:\\" + std::string(300, 'T');
+  bool opened = true;
+  TestSupport::ReportingAssertions reporting;
+  gReports.clear();
+  Tern::SetDebugOutputSink(CollectReport);
+  {
+    TestSupport::ScopedEnvironment tmp("TMP", tooLong), temp("TEMP", tooLong);
+    ASSERT_EQ(0u, ::GetTempPathA(MAX_PATH, std::vector<char>(MAX_PATH).data()));
+    opened = OpenLog("Zendra Install <Num>.log", true);
+  }
+  Tern::SetDebugOutputSink(nullptr);
+  EXPECT_FALSE(opened);
+  EXPECT_FALSE(IsLogOpen());
+  EXPECT_STREQ("Zendra Install 1.log", LogPath().OSToPathString().Chars());
+  ASSERT_FALSE(gReports.empty());
+  EXPECT_NE(std::string::npos,
+            gReports.back().find("Assert( can't get the temporary folder for "
+                                 "the log 'Zendra Install 1.log' ("))
+      << gReports.back();
+  EXPECT_EQ(INVALID_FILE_ATTRIBUTES,
+            ::GetFileAttributesA((realTemp + "Zendra Install 1.log").c_str()));
 }

@@ -189,4 +189,17 @@ void ClickControl(HWND dialog, int id) {
   ::Sleep(100);  // let the dialog react before it is looked at again
 }
 
+ScopedEnvironment::ScopedEnvironment(const char* name, const std::string& value)
+    : mName(name) {
+  std::vector<char> old(32768);
+  DWORD n = ::GetEnvironmentVariableA(name, old.data(), old.size());
+  mHadValue = n > 0 && n < old.size();
+  if (mHadValue) mOld.assign(old.data(), n);
+  ::SetEnvironmentVariableA(name, value.c_str());
+}
+
+ScopedEnvironment::~ScopedEnvironment() {
+  ::SetEnvironmentVariableA(mName, mHadValue ? mOld.c_str() : nullptr);
+}
+
 }  // namespace TestSupport

@@ -52,4 +52,19 @@ bool ControlEnabled(HWND dialog, int id);
 bool ControlChecked(HWND dialog, int id);
 void ClickControl(HWND dialog, int id);
 
+// Sets an environment variable of this process, and so of the programs it
+// starts, for a scope.
+class ScopedEnvironment {
+ public:
+  ScopedEnvironment(const char* name, const std::string& value);
+  ~ScopedEnvironment();
+  ScopedEnvironment(const ScopedEnvironment&) = delete;
+  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+ private:
+  const char* mName;
+  std::string mOld;
+  bool mHadValue = false;
+};
+
 }  // namespace TestSupport

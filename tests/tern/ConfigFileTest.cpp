@@ -213,3 +213,35 @@ TEST(Ovc, UsageErrors) {
   EXPECT_NE(std::string::npos, err.find("Mode is read-only"));
   EXPECT_FALSE(TestSupport::PathExists(f.Path()));  // nothing written
 }
+
+// The file's reading and writing on any stream: the same bytes as the file,
+// and the same verdicts, so the reader can be tried on bytes in memory.
+TEST(ConfigFile, StreamsCarryTheSameBytesAsFiles) {
+  ScratchFile f("stream.ovc");
+  CVarList vars;
+  vars.Set("OVCMajVersion", "4");
+  vars.Set("%Mode", "fast");
+  ASSERT_EQ(Ok, vars.WriteFile(f.Path().c_str()));
+  CMemStream out(smWriteOnly | smScramble | smChecksum);
+  ASSERT_EQ(Ok, vars.WriteConfig(out));
+  const Bytes bytes = ReadFileBytes(f.Path());
+  EXPECT_EQ(bytes, out.Data());
+
+  const UInt32 mode = smReadOnly | smScramble | smChecksum;
+  CMemStream good(bytes.data(), static_cast<Int>(bytes.size()), mode);
+  CVarList read;
+  ConfigFileProblem problem = cfpBadHeader;
+  EXPECT_EQ(Ok, read.ReadConfig(good, &problem));
+  EXPECT_EQ(cfpNone, problem);
+  EXPECT_EQ(2, read.Count());
+
+  Bytes changed = bytes;
+  changed[changed.size() - 2] ^= 0x10;  // a digit of the checksum
+  CMemStream bad(changed.data(), static_cast<Int>(changed.size()), mode);
+  CVarList badList;
+  EXPECT_EQ(E_BadData, badList.ReadConfig(bad, &problem));
+  EXPECT_EQ(cfpBadChecksum, problem);
+  CMemStream none(nullptr, 0, mode);
+  EXPECT_EQ(E_BadData, badList.ReadConfig(none, &problem));
+  EXPECT_EQ(cfpEmpty, problem);
+}

@@ -164,3 +164,26 @@ TEST(Format, PathsPrintTheirSystemTextOrBadPath) {
   wide.Item(u"P", CPath());
   EXPECT_TRUE(wide.Result() == CWStr(u"(bad path)"));
 }
+
+// Ten digits of width would not fit the width's type, and a field that wide
+// would take the memory of the whole program: widths above 1024 make the
+// format spec invalid, so the item prints with the defaults.
+TEST(Format, WidthsAbove1024AreInvalid) {
+  CFormatSpec fmtSpec;
+  EXPECT_TRUE(DecodeFormatSpec("01024d", fmtSpec));
+  EXPECT_EQ(1024, fmtSpec.width);
+  EXPECT_FALSE(DecodeFormatSpec("1025", fmtSpec));
+  EXPECT_FALSE(DecodeFormatSpec("9999999999", fmtSpec));
+  EXPECT_FALSE(DecodeFormatSpec(u"04294967296", fmtSpec));
+  EXPECT_EQ(0, fmtSpec.width);
+  EXPECT_EQ(' ', fmtSpec.fill);
+
+  EXPECT_EQ(std::string(1023, '0') + "7", Int32Text("<N:01024d>", 7));
+  EXPECT_ASSERTION(Int32Text("<N:099999999d>", 7),
+                   "DecodeFormatSpec(fmtSpecStr,fmtSpec)");
+  TestSupport::ReportingAssertions reporting;
+  EXPECT_EQ("7", Int32Text("<N:099999999d>", 7));
+  CFormat text("[<S:2147483648>]", nullptr, cPlain);
+  text.Item("S", "ab");
+  EXPECT_STREQ("[ab]", text.Result().Chars());
+}

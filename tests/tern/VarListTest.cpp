@@ -1,3 +1,5 @@
+#include <string>
+
 #include "TVarList.h"
 #include "TestSupport.h"
 
@@ -118,4 +120,43 @@ TEST(VarList, SearchLocationsKeepTheirOrder) {
   EXPECT_STREQ("HKEY_CURRENT_USER", vars.SearchLocations()[1].rootKey.Chars());
   EXPECT_STREQ("SOFTWARE\\Orvane\\OVZN4",
                vars.SearchLocations()[1].subKey.Chars());
+}
+
+// A value that holds its own placeholder, directly or through another
+// variable, would be expanded for ever: the expansion stops with an internal
+// error and the text stays bounded.
+TEST(VarList, SelfReferenceEndsTheExpansion) {
+  CVarList vars;
+  vars.Set("Loop", "<Loop>");
+  CStr text("a <Loop> b");
+  EXPECT_ASSERTION(vars.Expand(text), "variable expansion does not end");
+
+  CVarList pair;
+  pair.Set("A", "x<B>");
+  pair.Set("B", "<A><A>");
+  CStr grown("<A>");
+  CWStr wide(u"<B>");
+  {
+    TestSupport::ReportingAssertions reporting;
+    EXPECT_EQ(1000, vars.Expand(text));
+    EXPECT_STREQ("a <Loop> b", text.Chars());
+    pair.Expand(grown);
+    pair.Expand(wide);
+  }
+  EXPECT_LE(grown.Length(), (1 << 16) + 16);
+  EXPECT_LE(wide.Length(), (1 << 16) + 16);
+  EXPECT_ASSERTION(pair.Expand(grown), "variable expansion does not end");
+}
+
+TEST(VarList, DeepButFiniteExpansionIsComplete) {
+  CVarList vars;
+  vars.Set("V0", "end");
+  for (int i = 1; i <= 200; ++i) {
+    const std::string name = "V" + std::to_string(i);
+    const std::string value = "<V" + std::to_string(i - 1) + ">";
+    vars.Set(name.c_str(), value.c_str());
+  }
+  CStr text("<V200>");
+  EXPECT_EQ(201, vars.Expand(text));
+  EXPECT_STREQ("end", text.Chars());
 }

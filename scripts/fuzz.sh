@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Runs every fuzz target for SECONDS each (default 60), one after the other,
+# and prints per target the executions, the time and the findings.
+#   scripts/fuzz.sh [SECONDS] [TARGET...]
+# FUZZ_RUNS=N ends a target after N executions when that comes first.
+# Each target starts from its seed corpus (fuzz/corpus/<name>) and keeps
+# what it finds in build/fuzz/corpus/<name>; crashes, leaks, timeouts and
+# out-of-memory inputs go to build/fuzz/findings/<name>. The exit status is 1
+# when any target found something.
+set -euo pipefail
+top=$(cd "$(dirname "$0")/.." && pwd)
+cd "$top"
+seconds=${1:-60}
+shift || true
+targets=("$@")
+[ ${#targets[@]} -gt 0 ] ||
+  targets=(config ovc font path version format cmdline regscript)
+
+bash scripts/build.sh fuzz >/dev/null
+
+work="$top/build/fuzz"
+status=0
+printf '%-10s %14s %8s %9s\n' target executions seconds findings
+for name in "${targets[@]}"; do
+  corpus="$work/corpus/$name" findings="$work/findings/$name"
+  mkdir -p "$corpus" "$findings"
+  log="$work/fuzz_$name.log"
+  start=$(date +%s)
+  set +e
+  # The targets report their internal errors on stderr and carry on;
+  # -close_fd_mask=2 keeps that quiet while libFuzzer's own reports stay.
+  ASAN_OPTIONS=detect_leaks=1 nice -n 15 "$work/fuzz/fuzz_$name" \
+    -max_total_time="$seconds" ${FUZZ_RUNS:+-runs=$FUZZ_RUNS} -timeout=10 -rss_limit_mb=2048 \
+    -print_final_stats=1 -close_fd_mask=2 -artifact_prefix="$findings/" \
+    "$corpus" "fuzz/corpus/$name" >"$log" 2>&1
+  code=$?
+  set -e
+  elapsed=$(($(date +%s) - start))
+  runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
+  found=$(find "$findings" -type f | wc -l)
+  printf '%-10s %14s %8s %9s\n' "$name" "${runs:-?}" "$elapsed" "$found"
+  if [ "$code" -ne 0 ] || [ "$found" -ne 0 ]; then
+    status=1
+    echo "  fuzz_$name: exit $code; see $log and $findings" >&2
+    grep -E 'ERROR|FUZZ_CHECK|SUMMARY|runtime error' "$log" | head -n 5 >&2 || true
+  fi
+done
+exit $status
