@@ -2,6 +2,9 @@
 // list holds the program's settings and fills every "<Name>" placeholder.
 #pragma once
 
+#include <bitset>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "TError.h"
@@ -59,7 +62,7 @@ class CVarList {
   bool GetFlag(const char* name) const;
   const CVar* Find(const char* name) const;
   const CVar* First() const { return mHead; }
-  Int Count() const;
+  Int Count() const { return mCount; }
   void Clear();
 
   // Lists chained after this one take part in the expansion.
@@ -78,7 +81,8 @@ class CVarList {
   // Replaces every plain "<name>" placeholder by its value, with this list
   // and those chained after it, pass after pass until a pass changes nothing.
   // `delims` holds the open and close characters ("<>" when null). Returns
-  // the number of replacements.
+  // the number of replacements. The cost grows with the length of the text
+  // and the number of placeholders, not with the number of variables.
   Int Expand(CStr& text, const char* delims = nullptr) const;
   // The same over UTF-16 text; names and values are taken through the
   // system code page.
@@ -109,9 +113,19 @@ class CVarList {
   template <typename StrT>
   Int ExpandPass(StrT& text, typename StrT::CharType open,
                  typename StrT::CharType close) const;
+  // Whether the placeholders of the chain can be filled by looking each one
+  // up by name (see VarList.cpp).
+  bool CanExpandByLookup(char open, char close) const;
+  const CVar* FindInChain(std::string_view name) const;
 
   CVar* mHead = nullptr;
   CVar* mTail = nullptr;
+  Int mCount = 0;
+  // Every variable by name; the keys point into the variables' own names,
+  // which never change while the variable exists.
+  std::unordered_map<std::string_view, CVar*> mIndex;
+  // The bytes that occur in any name of the list.
+  std::bitset<256> mNameBytes;
   const CVarList* mNext = nullptr;
   std::vector<CSearchLocation> mSearchLocations;
 };

@@ -1,4 +1,6 @@
 #include <cstdlib>
+#include <string>
+#include <utility>
 
 #include "Platform.h"
 #include "TError.h"
@@ -43,29 +45,25 @@ CVarList& CVarList::Global() {
 }
 
 void CVarList::Clear() {
+  mIndex.clear();
   while (mHead) {
     CVar* next = mHead->next;
     delete mHead;
     mHead = next;
   }
   mTail = nullptr;
+  mCount = 0;
+  mNameBytes.reset();
 }
 
 CVarList::CVar* CVarList::FindVar(const char* name) const {
-  for (CVar* v = mHead; v; v = v->next)
-    if (v->name == name) return v;
-  return nullptr;
+  auto found = mIndex.find(std::string_view(name));
+  return found == mIndex.end() ? nullptr : found->second;
 }
 
 const CVarList::CVar* CVarList::Find(const char* name) const {
   TERN_ASSERT(name);
   return name ? FindVar(name) : nullptr;
-}
-
-Int CVarList::Count() const {
-  Int n = 0;
-  for (const CVar* v = mHead; v; v = v->next) ++n;
-  return n;
 }
 
 void CVarList::Set(const char* name, const char* value, bool readOnly) {
@@ -84,6 +82,11 @@ void CVarList::Set(const char* name, const char* value, bool readOnly) {
     else
       mHead = var;
     mTail = var;
+    ++mCount;
+    const CStr& stored = var->name;
+    mIndex.emplace(std::string_view(stored.Chars(), stored.Length()), var);
+    for (Int i = 0; i < stored.Length(); ++i)
+      mNameBytes.set(static_cast<unsigned char>(stored.Chars()[i]));
   } else if (!var->readOnly) {
     var->value = value;
   } else {
@@ -184,15 +187,114 @@ Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
   return count;
 }
 
+// Filling placeholders by looking their names up gives the same text and the
+// same count as the variable-by-variable passes of ExpandPass when
+//  - no name contains a delimiter and the two delimiters differ: then the
+//    only text a variable's pass can replace is a "tight" placeholder, an
+//    open delimiter, a name and the close delimiter with no delimiter between;
+//  - no name is defined in two lists of the chain: then every tight
+//    placeholder has at most one variable that fills it.
+// Tight placeholders never overlap, and filling one leaves every other in
+// place (it may only make new ones, from a value or from the text around
+// it). So every order of filling them reaches the same text after the same
+// number of replacements, and a pass that fills all the placeholders present
+// at its start, left to right in one sweep, is as good as any.
+bool CVarList::CanExpandByLookup(char open, char close) const {
+  if (open == close) return false;
+  const unsigned char o = static_cast<unsigned char>(open);
+  const unsigned char c = static_cast<unsigned char>(close);
+  for (const CVarList* list = this; list; list = list->mNext)
+    if (list->mNameBytes[o] || list->mNameBytes[c]) return false;
+  for (const CVarList* later = mNext; later; later = later->mNext)
+    for (const CVar* v = later->mHead; v; v = v->next)
+      for (const CVarList* list = this; list != later; list = list->mNext)
+        if (list->FindVar(v->name.Chars())) return false;
+  return true;
+}
+
+const CVarList::CVar* CVarList::FindInChain(std::string_view name) const {
+  for (const CVarList* list = this; list; list = list->mNext) {
+    auto found = list->mIndex.find(name);
+    if (found != list->mIndex.end()) return found->second;
+  }
+  return nullptr;
+}
+
+namespace {
+
+// One pass over `text`: every tight placeholder whose name `valueOf` knows is
+// replaced by that value, and the text is built anew once. The placeholders
+// that the inserted values or their joints make are left to the next pass.
+template <typename StrT, typename ValueOf>
+Int FillTightPlaceholders(StrT& text, typename StrT::CharType open,
+                          typename StrT::CharType close, ValueOf valueOf) {
+  using Ch = typename StrT::CharType;
+  const Ch* chars = text.Chars();
+  const Int len = text.Length();
+  StrT out;
+  Int copied = 0, count = 0;
+  Int i = 0;
+  while (i < len) {
+    if (chars[i] != open) {
+      ++i;
+      continue;
+    }
+    Int j = i + 1;
+    while (j < len && chars[j] != open && chars[j] != close) ++j;
+    if (j >= len) break;
+    if (chars[j] == close && j > i + 1) {
+      if (const StrT* value = valueOf(chars + i + 1, j - i - 1)) {
+        if (count == 0) out.Reserve(len + value->Length());
+        out.Append(chars + copied, i - copied);
+        out.Append(*value);
+        copied = j + 1;
+        ++count;
+      }
+      ++j;
+    }
+    i = j;
+  }
+  if (count > 0) {
+    out.Append(chars + copied, len - copied);
+    text = std::move(out);
+  }
+  return count;
+}
+
+template <typename StrT, typename ValueOf>
+Int FillByLookup(StrT& text, typename StrT::CharType open,
+                 typename StrT::CharType close, ValueOf valueOf) {
+  Int total = 0;
+  while (text.Find(open) >= 0 && text.Find(close) >= 0) {
+    Int replaced = FillTightPlaceholders(text, open, close, valueOf);
+    if (replaced == 0) break;
+    total += replaced;
+  }
+  return total;
+}
+
+void Delimiters(const char* delims, char& open, char& close) {
+  TERN_ASSERT((delims == 0) || (Str::Length(delims) == 2));
+  open = '<';
+  close = '>';
+  if (delims && Str::Length(delims) == 2) {
+    open = delims[0];
+    close = delims[1];
+  }
+}
+
+}  // namespace
+
 template <typename StrT>
 Int CVarList::ExpandText(StrT& text, const char* delims) const {
-  TERN_ASSERT((delims == 0) || (Str::Length(delims) == 2));
   using Ch = typename StrT::CharType;
-  Ch open = '<', close = '>';
+  char o = '<', c = '>';
   if (delims && Str::Length(delims) == 2) {
-    open = static_cast<unsigned char>(delims[0]);
-    close = static_cast<unsigned char>(delims[1]);
+    o = delims[0];
+    c = delims[1];
   }
+  const Ch open = static_cast<unsigned char>(o);
+  const Ch close = static_cast<unsigned char>(c);
   Int total = 0;
   while (text.Find(open) >= 0 && text.Find(close) >= 0) {
     Int replaced = ExpandPass(text, open, close);
@@ -203,11 +305,50 @@ Int CVarList::ExpandText(StrT& text, const char* delims) const {
 }
 
 Int CVarList::Expand(CStr& text, const char* delims) const {
-  return ExpandText(text, delims);
+  char open, close;
+  Delimiters(delims, open, close);
+  if (!CanExpandByLookup(open, close)) return ExpandText(text, delims);
+  return FillByLookup(
+      text, open, close, [this](const char* name, Int len) -> const CStr* {
+        const CVar* var = FindInChain(std::string_view(name, len));
+        return var ? &var->value : nullptr;
+      });
 }
 
+// UTF-16 text meets the names through the code page, so the names are
+// converted once for the call and checked as converted.
 Int CVarList::Expand(CWStr& text, const char* delims) const {
-  return ExpandText(text, delims);
+  char o, c;
+  Delimiters(delims, o, c);
+  const char16_t open = static_cast<unsigned char>(o);
+  const char16_t close = static_cast<unsigned char>(c);
+  bool byLookup = open != close;
+  Int count = 0;
+  for (const CVarList* list = this; list && byLookup; list = list->mNext)
+    count += list->mCount;
+  std::vector<std::pair<CWStr, CWStr>> converted;
+  std::unordered_map<std::u16string_view, const CWStr*> index;
+  if (byLookup) {
+    converted.reserve(static_cast<std::size_t>(count));
+    index.reserve(static_cast<std::size_t>(count));
+  }
+  for (const CVarList* list = this; list && byLookup; list = list->mNext) {
+    for (const CVar* v = list->mHead; v && byLookup; v = v->next) {
+      CWStr name = Str::ToWide(v->name.Chars());
+      if (name.Find(open) >= 0 || name.Find(close) >= 0) byLookup = false;
+      if (name.IsEmpty()) continue;
+      converted.emplace_back(std::move(name), Str::ToWide(v->value.Chars()));
+      const auto& entry = converted.back();
+      std::u16string_view key(entry.first.Chars(), entry.first.Length());
+      if (!index.emplace(key, &entry.second).second) byLookup = false;
+    }
+  }
+  if (!byLookup) return ExpandText(text, delims);
+  return FillByLookup(text, open, close,
+                      [&index](const char16_t* name, Int len) -> const CWStr* {
+                        auto found = index.find(std::u16string_view(name, len));
+                        return found == index.end() ? nullptr : found->second;
+                      });
 }
 
 // ---- Dump and configuration file --------------------------------------------
