@@ -1,5 +1,7 @@
 #include <zlib.h>
 
+#include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "TStr.h"
@@ -109,6 +111,58 @@ void CStream::Checksum(Byte b) {
     mChecksum = static_cast<UInt32>(crc32(mChecksum, &b, 1));
   else
     mChecksum += b;
+}
+
+void CStream::ChecksumBlock(const Byte* data, std::size_t size) {
+  if (!(mMode & smChecksum) || size == 0) return;
+  if (mMode & smCRC32) {
+    mChecksum =
+        static_cast<UInt32>(crc32(mChecksum, data, static_cast<uInt>(size)));
+  } else {
+    UInt32 sum = mChecksum;
+    for (std::size_t i = 0; i < size; ++i) sum += data[i];
+    mChecksum = sum;
+  }
+}
+
+CError CStream::RawWriteBlock(const Byte* data, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) {
+    CError err = RawWrite(data[i]);
+    if (Failed(err)) return err;
+  }
+  return Ok;
+}
+
+CError CStream::RawPeek(const Byte*& data, std::size_t& size, bool& eof) {
+  TERN_FAIL("not implemented for this stream");
+  data = nullptr;
+  size = 0;
+  eof = true;
+  return Failure;
+}
+
+void CStream::RawSkip(std::size_t) {
+  TERN_FAIL("not implemented for this stream");
+}
+
+// The same bytes, checksum and failure as WritePlainByte for each byte.
+CError CStream::WritePlainBlock(const Byte* data, std::size_t size) {
+  if (size == 0) return Ok;
+  ChecksumBlock(data, size);
+  if (!(mMode & smScramble)) {
+    CError err = RawWriteBlock(data, size);
+    return Failed(err) ? Fail(err) : Ok;
+  }
+  Byte scrambled[1024];
+  while (size > 0) {
+    const std::size_t n = size < sizeof scrambled ? size : sizeof scrambled;
+    for (std::size_t i = 0; i < n; ++i) scrambled[i] = Scramble(data[i]);
+    CError err = RawWriteBlock(scrambled, n);
+    if (Failed(err)) return Fail(err);
+    data += n;
+    size -= n;
+  }
+  return Ok;
 }
 
 CError CStream::ReadPlainByte(Int& c, bool& eof) {
@@ -248,8 +302,60 @@ bool ReadUntilInto(CStream& stream, StrT& out, Int delim, Int maxLen,
 
 }  // namespace
 
+bool CStream::CanReadInBulk() const {
+  return CanPeek() && IsReadable() && !IsUnicodeEncoding() && mUnGetChar < 0 &&
+         !mReadFilter && !(mMode & smText);
+}
+
+// What ReadByte would give byte by byte: the plain bytes are checksummed up to
+// and including the delimiter, and LFs are counted, but a buffer at a time.
+bool CStream::ReadBytesUntil(CStr& out, Int delim, Int maxLen, Int* count) {
+  const bool searchable = delim >= 0 && delim <= 0xFF;
+  Byte plain[4096];
+  Int n = 0;
+  bool found = false;
+  while (!found && (maxLen == -1 || n < maxLen)) {
+    const Byte* raw = nullptr;
+    std::size_t size = 0;
+    bool eof = false;
+    CError err = RawPeek(raw, size, eof);
+    if (Failed(err)) {
+      Fail(err);
+      break;
+    }
+    if (eof || size == 0) break;
+    std::size_t take = size < sizeof plain ? size : sizeof plain;
+    if (maxLen != -1 && take > static_cast<std::size_t>(maxLen - n))
+      take = static_cast<std::size_t>(maxLen - n);
+    const Byte* bytes = raw;
+    if (mMode & smScramble) {
+      for (std::size_t i = 0; i < take; ++i) plain[i] = Unscramble(raw[i]);
+      bytes = plain;
+    }
+    std::size_t kept = take, used = take;
+    if (searchable) {
+      if (const void* at = std::memchr(bytes, delim, take)) {
+        kept = static_cast<std::size_t>(static_cast<const Byte*>(at) - bytes);
+        used = kept + 1;
+        found = true;
+      }
+    }
+    ChecksumBlock(bytes, used);
+    if (mMode & smCountLines)
+      for (std::size_t i = 0; i < used; ++i)
+        if (bytes[i] == '\n') ++mLineCount;
+    out.Append(reinterpret_cast<const char*>(bytes), static_cast<Int>(kept));
+    n += static_cast<Int>(kept);
+    RawSkip(used);
+  }
+  if (count) *count = n;
+  return found || (maxLen != -1 && n >= maxLen);
+}
+
 bool CStream::ReadUntil(CStr& out, Int delim, Int maxLen, Int* count) {
   TERN_ASSERT(delim <= 0xFF);
+  if (CanReadInBulk() && (maxLen == -1 || maxLen > 0))
+    return ReadBytesUntil(out, delim, maxLen, count);
   return ReadUntilInto(*this, out, delim, maxLen, count, false);
 }
 
@@ -341,12 +447,70 @@ CError CStream::WriteChar(Int c) {
   return PutCharacter(c, true);
 }
 
+CError CStream::WriteIndentBlock() {
+  static const Byte cTab[1] = {'\t'};
+  static const char cSpaces[] =
+      "                                                                ";
+  const std::size_t spaceCount = sizeof cSpaces - 1;
+  CError err = Ok;
+  for (Int level = 0; level < mIndentLevel && Succeeded(err); ++level) {
+    if (mIndentWidth <= 0) {
+      err = WritePlainBlock(cTab, 1);
+      continue;
+    }
+    std::size_t left = static_cast<std::size_t>(mIndentWidth);
+    while (left > 0 && Succeeded(err)) {
+      const std::size_t n = left < spaceCount ? left : spaceCount;
+      err = WritePlainBlock(reinterpret_cast<const Byte*>(cSpaces), n);
+      left -= n;
+    }
+  }
+  return err;
+}
+
+// PutCharacter's rules for each byte, applied to the runs between LFs.
+CError CStream::WriteTextBlock(const Byte* text, std::size_t size) {
+  static const Byte cEOL[] = {'\r', '\n'};
+  const Byte* p = text;
+  const Byte* const end = text + size;
+  while (p < end) {
+    CError err = Ok;
+    if (mAtLineStart && mIndentLevel >= 1) {
+      err = WriteIndentBlock();
+      if (Failed(err)) return err;
+    }
+    const void* lf = std::memchr(p, '\n', static_cast<std::size_t>(end - p));
+    const Byte* runEnd = lf ? static_cast<const Byte*>(lf) : end;
+    if (runEnd > p) {
+      mAtLineStart = false;
+      err = WritePlainBlock(p, static_cast<std::size_t>(runEnd - p));
+      if (Failed(err)) return err;
+      p = runEnd;
+      continue;
+    }
+    mAtLineStart = true;
+    if (mMode & smCountLines) ++mLineCount;
+    if (!(mMode & smText))
+      err = WritePlainBlock(cEOL + 1, 1);
+    else if (mEOLType == eolCRLF)
+      err = WritePlainBlock(cEOL, 2);
+    else
+      err = WritePlainBlock(mEOLType == eolCR ? cEOL : cEOL + 1, 1);
+    if (Failed(err)) return err;
+    ++p;
+  }
+  return Ok;
+}
+
 CError CStream::WriteString(const char* text, Int len) {
   if (len < 0) len = Str::Length(text);
   if (IsUnicodeEncoding()) {
     CWStr wide = Str::ToWide(CStr(text, len).Chars());
     return WriteString(wide.Chars(), wide.Length());
   }
+  if (!mWriteFilter && IsWritable() && len > 0)
+    return WriteTextBlock(reinterpret_cast<const Byte*>(text),
+                          static_cast<std::size_t>(len));
   CError err = Ok;
   for (Int i = 0; i < len && Succeeded(err); ++i)
     err = WriteByte(static_cast<unsigned char>(text[i]));
@@ -425,6 +589,24 @@ CError CMemStream::RawWrite(Byte b) {
   ++mPos;
   return Ok;
 }
+
+CError CMemStream::RawWriteBlock(const Byte* data, std::size_t size) {
+  const std::size_t overwrite =
+      mPos < mData.size() ? std::min(size, mData.size() - mPos) : 0;
+  if (overwrite > 0) std::memcpy(mData.data() + mPos, data, overwrite);
+  mData.insert(mData.end(), data + overwrite, data + size);
+  mPos += size;
+  return Ok;
+}
+
+CError CMemStream::RawPeek(const Byte*& data, std::size_t& size, bool& eof) {
+  size = mPos < mData.size() ? mData.size() - mPos : 0;
+  data = size > 0 ? mData.data() + mPos : nullptr;
+  eof = size == 0;
+  return Ok;
+}
+
+void CMemStream::RawSkip(std::size_t count) { mPos += count; }
 
 CError CMemStream::GetPos(Int& pos) {
   pos = static_cast<Int>(mPos);
