@@ -139,7 +139,6 @@ class CStream {
   CError WritePlainByte(Byte b);
   // Checksums, scrambles and writes a run of plain bytes.
   CError WritePlainBlock(const Byte* data, std::size_t size);
-  CError WriteIndentBlock();
   // 8-bit text without a write filter, a line at a time.
   CError WriteTextBlock(const Byte* text, std::size_t size);
   // ReadUntil of an 8-bit stream without text-mode translation, filter or

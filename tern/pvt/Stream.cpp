@@ -447,59 +447,98 @@ CError CStream::WriteChar(Int c) {
   return PutCharacter(c, true);
 }
 
-CError CStream::WriteIndentBlock() {
-  static const Byte cTab[1] = {'\t'};
-  static const char cSpaces[] =
-      "                                                                ";
-  const std::size_t spaceCount = sizeof cSpaces - 1;
-  CError err = Ok;
-  for (Int level = 0; level < mIndentLevel && Succeeded(err); ++level) {
-    if (mIndentWidth <= 0) {
-      err = WritePlainBlock(cTab, 1);
-      continue;
-    }
-    std::size_t left = static_cast<std::size_t>(mIndentWidth);
-    while (left > 0 && Succeeded(err)) {
-      const std::size_t n = left < spaceCount ? left : spaceCount;
-      err = WritePlainBlock(reinterpret_cast<const Byte*>(cSpaces), n);
-      left -= n;
-    }
-  }
-  return err;
-}
+namespace {
 
-// PutCharacter's rules for each byte, applied to the runs between LFs.
+// Bytes gathered for the raw byte path, handed on a buffer at a time.
+class CStage {
+ public:
+  explicit CStage(CStream& stream,
+                  CError (CStream::*write)(const Byte*, std::size_t))
+      : mStream(stream), mWrite(write) {}
+
+  CError Add(const Byte* data, std::size_t size) {
+    while (size > 0) {
+      if (mUsed == sizeof mBytes) {
+        CError err = Flush();
+        if (Failed(err)) return err;
+      }
+      std::size_t n = sizeof mBytes - mUsed;
+      if (n > size) n = size;
+      std::memcpy(mBytes + mUsed, data, n);
+      mUsed += n;
+      data += n;
+      size -= n;
+    }
+    return Ok;
+  }
+
+  CError AddRepeated(Byte b, std::size_t count) {
+    while (count > 0) {
+      if (mUsed == sizeof mBytes) {
+        CError err = Flush();
+        if (Failed(err)) return err;
+      }
+      std::size_t n = sizeof mBytes - mUsed;
+      if (n > count) n = count;
+      std::memset(mBytes + mUsed, b, n);
+      mUsed += n;
+      count -= n;
+    }
+    return Ok;
+  }
+
+  CError Flush() {
+    const std::size_t used = mUsed;
+    mUsed = 0;
+    return used > 0 ? (mStream.*mWrite)(mBytes, used) : Ok;
+  }
+
+ private:
+  CStream& mStream;
+  CError (CStream::*mWrite)(const Byte*, std::size_t);
+  Byte mBytes[4096];
+  std::size_t mUsed = 0;
+};
+
+}  // namespace
+
+// PutCharacter's rules for each byte, applied to the runs between LFs; the
+// bytes are gathered and go through the checksum, the scrambling and the
+// concrete stream a few thousand at a time.
 CError CStream::WriteTextBlock(const Byte* text, std::size_t size) {
   static const Byte cEOL[] = {'\r', '\n'};
+  CStage stage(*this, &CStream::WritePlainBlock);
   const Byte* p = text;
   const Byte* const end = text + size;
-  while (p < end) {
-    CError err = Ok;
+  CError err = Ok;
+  while (p < end && Succeeded(err)) {
     if (mAtLineStart && mIndentLevel >= 1) {
-      err = WriteIndentBlock();
-      if (Failed(err)) return err;
+      for (Int level = 0; level < mIndentLevel && Succeeded(err); ++level)
+        err = mIndentWidth <= 0
+                  ? stage.AddRepeated('\t', 1)
+                  : stage.AddRepeated(' ',
+                                      static_cast<std::size_t>(mIndentWidth));
+      if (Failed(err)) break;
     }
     const void* lf = std::memchr(p, '\n', static_cast<std::size_t>(end - p));
     const Byte* runEnd = lf ? static_cast<const Byte*>(lf) : end;
     if (runEnd > p) {
       mAtLineStart = false;
-      err = WritePlainBlock(p, static_cast<std::size_t>(runEnd - p));
-      if (Failed(err)) return err;
+      err = stage.Add(p, static_cast<std::size_t>(runEnd - p));
       p = runEnd;
       continue;
     }
     mAtLineStart = true;
     if (mMode & smCountLines) ++mLineCount;
     if (!(mMode & smText))
-      err = WritePlainBlock(cEOL + 1, 1);
+      err = stage.Add(cEOL + 1, 1);
     else if (mEOLType == eolCRLF)
-      err = WritePlainBlock(cEOL, 2);
+      err = stage.Add(cEOL, 2);
     else
-      err = WritePlainBlock(mEOLType == eolCR ? cEOL : cEOL + 1, 1);
-    if (Failed(err)) return err;
+      err = stage.Add(mEOLType == eolCR ? cEOL : cEOL + 1, 1);
     ++p;
   }
-  return Ok;
+  return Failed(err) ? err : stage.Flush();
 }
 
 CError CStream::WriteString(const char* text, Int len) {

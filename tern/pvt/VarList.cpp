@@ -376,8 +376,10 @@ void CVarList::Write(CStream& out) const {
 
 bool CVarList::Read(CStream& in) {
   TERN_ASSERT(in.IsReadable());
+  CStr name, value;
   for (;;) {
-    CStr name, value;
+    name.Clear();
+    value.Clear();
     if (!in.ReadUntil(name, 0)) return false;  // the stream ended
     if (name.IsEmpty()) return true;           // the end marker
     in.ReadUntil(value, 0);
