@@ -28,13 +28,14 @@ def library(path):
         scale = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}[run["time_unit"]]
         return run["real_time"] * scale
 
-    def series(family, unit, extra=()):
+    def series(family, size, item=None, extra=()):
+        item = item or size[:-1]
         rows = sorted(
             (args, run) for (fam, args), run in medians.items()
             if fam == family and args[1:] == tuple(extra))
         print(f"{family}{''.join('/' + str(e) for e in extra)}:")
         for args, run in rows:
-            print(f"  {args[0]:>9,} {unit}: {per_item_ns(run):9.2f} ns/{unit[:-1] if unit.endswith('s') else unit}"
+            print(f"  {args[0]:>9,} {size}: {per_item_ns(run):9.2f} ns/{item}"
                   f"   {total_ms(run):10.3f} ms per run")
         times = [per_item_ns(run) for _, run in rows]
         return rows, (max(times) / min(times) if times else 0)
@@ -55,7 +56,7 @@ def library(path):
 
     print("-- stream writes: log lines, text mode, indentation, checksum")
     for crc, label in ((0, "additive checksum"), (1, "CRC-32")):
-        rows, _ = series("BM_StreamWrite", "lines", (crc,))
+        rows, _ = series("BM_StreamWrite", "lines", extra=(crc,))
         for (lines, _), run in rows:
             fw = medians[("BM_Fwrite", (lines,))]
             ratio = run["bytes_per_second"] / fw["bytes_per_second"]
@@ -65,16 +66,16 @@ def library(path):
                   f"{ratio:.2f} of fwrite (goal >= 0.5)")
 
     print("-- template expansion (a placeholder about every 40 characters)")
-    _, spread = series("BM_ExpandVarList", "chars")
+    _, spread = series("BM_ExpandVarList", "chars", "char")
     print(f"RESULT expansion against 200 variables, time per character "
           f"slowest/fastest size: {spread:.2f}x (goal <= 2x)")
-    _, spread = series("BM_FormatItems", "chars")
+    _, spread = series("BM_FormatItems", "chars", "char")
     print(f"RESULT format items, time per character slowest/fastest size: "
           f"{spread:.2f}x (goal <= 2x)")
 
-    print("-- path parsing (size: components)")
-    _, spread = series("BM_PathSet", "chars")
-    _, spread2 = series("BM_PathAppend", "chars")
+    print("-- path parsing: paths of growing component count, per character")
+    _, spread = series("BM_PathSet", "components", "char")
+    _, spread2 = series("BM_PathAppend", "components", "char")
     print(f"  (per character slowest/fastest: set {spread:.2f}x, append "
           f"{spread2:.2f}x; short paths are mostly fixed cost)")
 

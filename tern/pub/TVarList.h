@@ -3,8 +3,8 @@
 #pragma once
 
 #include <bitset>
+#include <cstddef>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "TError.h"
@@ -105,7 +105,7 @@ class CVarList {
   CError ReadFile(const char* osPath, ConfigFileProblem* problem = nullptr);
 
  private:
-  CVar* FindVar(const char* name) const;
+  CVar* FindVar(std::string_view name) const;
   // The list's value, else the first registry search location's.
   bool Lookup(const char* name, CStr& value, bool* readOnly) const;
   template <typename StrT>
@@ -121,9 +121,14 @@ class CVarList {
   CVar* mHead = nullptr;
   CVar* mTail = nullptr;
   Int mCount = 0;
-  // Every variable by name; the keys point into the variables' own names,
-  // which never change while the variable exists.
-  std::unordered_map<std::string_view, CVar*> mIndex;
+  // Every variable by name: an open-addressed table, a power of two in size
+  // and at most half full, of each name's hash and its variable.
+  struct CIndexSlot {
+    std::size_t hash;
+    CVar* var;
+  };
+  void AddToIndex(CVar* var);
+  std::vector<CIndexSlot> mIndex;
   // The bytes that occur in any name of the list.
   std::bitset<256> mNameBytes;
   const CVarList* mNext = nullptr;

@@ -328,12 +328,20 @@ bool CStream::ReadBytesUntil(CStr& out, Int delim, Int maxLen, Int* count) {
     if (maxLen != -1 && take > static_cast<std::size_t>(maxLen - n))
       take = static_cast<std::size_t>(maxLen - n);
     const Byte* bytes = raw;
-    if (mMode & smScramble) {
-      for (std::size_t i = 0; i < take; ++i) plain[i] = Unscramble(raw[i]);
-      bytes = plain;
-    }
     std::size_t kept = take, used = take;
-    if (searchable) {
+    if (mMode & smScramble) {
+      // Unscrambled only as far as the delimiter.
+      for (std::size_t i = 0; i < take; ++i) {
+        plain[i] = Unscramble(raw[i]);
+        if (searchable && plain[i] == delim) {
+          kept = i;
+          used = i + 1;
+          found = true;
+          break;
+        }
+      }
+      bytes = plain;
+    } else if (searchable) {
       if (const void* at = std::memchr(bytes, delim, take)) {
         kept = static_cast<std::size_t>(static_cast<const Byte*>(at) - bytes);
         used = kept + 1;

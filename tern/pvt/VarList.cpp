@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 #include "Platform.h"
@@ -56,14 +57,42 @@ void CVarList::Clear() {
   mNameBytes.reset();
 }
 
-CVarList::CVar* CVarList::FindVar(const char* name) const {
-  auto found = mIndex.find(std::string_view(name));
-  return found == mIndex.end() ? nullptr : found->second;
+CVarList::CVar* CVarList::FindVar(std::string_view name) const {
+  if (mIndex.empty()) return nullptr;
+  const std::size_t hash = std::hash<std::string_view>()(name);
+  const std::size_t mask = mIndex.size() - 1;
+  for (std::size_t i = hash & mask; mIndex[i].var; i = (i + 1) & mask) {
+    const CIndexSlot& slot = mIndex[i];
+    if (slot.hash == hash && std::string_view(slot.var->name.Chars(),
+                                              slot.var->name.Length()) == name)
+      return slot.var;
+  }
+  return nullptr;
+}
+
+void CVarList::AddToIndex(CVar* var) {
+  if (static_cast<std::size_t>(mCount) * 2 > mIndex.size()) {
+    std::vector<CIndexSlot> old(std::move(mIndex));
+    mIndex.assign(old.empty() ? 16 : old.size() * 2, CIndexSlot{0, nullptr});
+    const std::size_t mask = mIndex.size() - 1;
+    for (const CIndexSlot& slot : old) {
+      if (!slot.var) continue;
+      std::size_t i = slot.hash & mask;
+      while (mIndex[i].var) i = (i + 1) & mask;
+      mIndex[i] = slot;
+    }
+  }
+  const std::size_t hash = std::hash<std::string_view>()(
+      std::string_view(var->name.Chars(), var->name.Length()));
+  const std::size_t mask = mIndex.size() - 1;
+  std::size_t i = hash & mask;
+  while (mIndex[i].var) i = (i + 1) & mask;
+  mIndex[i] = CIndexSlot{hash, var};
 }
 
 const CVarList::CVar* CVarList::Find(const char* name) const {
   TERN_ASSERT(name);
-  return name ? FindVar(name) : nullptr;
+  return name ? FindVar(std::string_view(name)) : nullptr;
 }
 
 void CVarList::Set(const char* name, const char* value, bool readOnly) {
@@ -74,7 +103,7 @@ void CVarList::Set(const char* name, const char* value, bool readOnly) {
     ++name;
     readOnly = true;
   }
-  CVar* var = FindVar(name);
+  CVar* var = FindVar(std::string_view(name));
   if (!var) {
     var = new CVar{false, CStr(name), CStr(value), nullptr};
     if (mTail)
@@ -83,8 +112,8 @@ void CVarList::Set(const char* name, const char* value, bool readOnly) {
       mHead = var;
     mTail = var;
     ++mCount;
+    AddToIndex(var);
     const CStr& stored = var->name;
-    mIndex.emplace(std::string_view(stored.Chars(), stored.Length()), var);
     for (Int i = 0; i < stored.Length(); ++i)
       mNameBytes.set(static_cast<unsigned char>(stored.Chars()[i]));
   } else if (!var->readOnly) {
@@ -208,15 +237,14 @@ bool CVarList::CanExpandByLookup(char open, char close) const {
   for (const CVarList* later = mNext; later; later = later->mNext)
     for (const CVar* v = later->mHead; v; v = v->next)
       for (const CVarList* list = this; list != later; list = list->mNext)
-        if (list->FindVar(v->name.Chars())) return false;
+        if (list->FindVar(std::string_view(v->name.Chars(), v->name.Length())))
+          return false;
   return true;
 }
 
 const CVarList::CVar* CVarList::FindInChain(std::string_view name) const {
-  for (const CVarList* list = this; list; list = list->mNext) {
-    auto found = list->mIndex.find(name);
-    if (found != list->mIndex.end()) return found->second;
-  }
+  for (const CVarList* list = this; list; list = list->mNext)
+    if (CVar* var = list->FindVar(name)) return var;
   return nullptr;
 }
 
