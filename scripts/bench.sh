@@ -69,7 +69,7 @@ run_once() {
     tail -n 20 "$prefix"/drive_c/users/*/Temp/Zendra\ Install*.log >&2 || true
   fi
   wineserver -k 2>/dev/null || true
-  rm -rf "$prefix"
+  [ -n "${KEEP_PREFIX:-}" ] || rm -rf "$prefix"
   echo "$(((end - start) / 1000000)) $installed"
 }
 
