@@ -159,7 +159,12 @@ class CStream {
   Int mEncoding = encSystem;
   Int mUnGetChar = -1;
   Int mLineCount = 0;
-  UInt32 mChecksum = 0;
+  // CRC-32 costs a call per piece: small pieces wait here, in order, and
+  // are taken into mChecksum a few thousand bytes at a time, or when the
+  // checksum is read.
+  void SettleChecksum() const;
+  mutable UInt32 mChecksum = 0;
+  mutable std::vector<Byte> mPendingCRC;
   Int mIndentLevel = 0;
   Int mIndentWidth = 0;
   bool mAtLineStart = true;

@@ -52,6 +52,7 @@ void CStream::SetEncoding(Int encoding) {
 
 UInt32 CStream::GetChecksum() const {
   TERN_ASSERT(IsChecksumming());
+  SettleChecksum();
   return mChecksum;
 }
 
@@ -66,6 +67,7 @@ void CStream::Opened(UInt32 mode) {
   mUnGetChar = -1;
   mLineCount = 0;
   mChecksum = 0;
+  mPendingCRC.clear();
   mAtLineStart = true;
   mLastWasCR = false;
 }
@@ -108,16 +110,30 @@ CError CStream::SetLength(Int) {
 void CStream::Checksum(Byte b) {
   if (!(mMode & smChecksum)) return;
   if (mMode & smCRC32)
-    mChecksum = static_cast<UInt32>(crc32(mChecksum, &b, 1));
+    ChecksumBlock(&b, 1);
   else
     mChecksum += b;
+}
+
+void CStream::SettleChecksum() const {
+  if (mPendingCRC.empty()) return;
+  mChecksum = static_cast<UInt32>(crc32(mChecksum, mPendingCRC.data(),
+                                        static_cast<uInt>(mPendingCRC.size())));
+  mPendingCRC.clear();
 }
 
 void CStream::ChecksumBlock(const Byte* data, std::size_t size) {
   if (!(mMode & smChecksum) || size == 0) return;
   if (mMode & smCRC32) {
-    mChecksum =
-        static_cast<UInt32>(crc32(mChecksum, data, static_cast<uInt>(size)));
+    const std::size_t cBatch = 4096;
+    if (mPendingCRC.size() + size > cBatch) SettleChecksum();
+    if (size >= cBatch) {
+      mChecksum =
+          static_cast<UInt32>(crc32(mChecksum, data, static_cast<uInt>(size)));
+    } else {
+      if (mPendingCRC.capacity() < cBatch) mPendingCRC.reserve(cBatch);
+      mPendingCRC.insert(mPendingCRC.end(), data, data + size);
+    }
   } else {
     UInt32 sum = mChecksum;
     for (std::size_t i = 0; i < size; ++i) sum += data[i];
