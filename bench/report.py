@@ -95,6 +95,12 @@ def install(path):
               f"({files[(product, 'setup')]} files installed), plain copy "
               f"{copy:.0f} ms ({files[(product, 'copy')]} files): "
               f"{setup / copy:.2f}x the copy (goal <= 1.2x)")
+    for product in ("1x", "10x"):
+        if (product, "setup-nofonts") in med:
+            print(f"  (Setup.exe -s -i -nofonts {product}: "
+                  f"{med[(product, 'setup-nofonts')]:.0f} ms, "
+                  f"{med[(product, 'setup-nofonts')] / med[(product, 'copy')]:.2f}x "
+                  f"the copy)")
     print(f"RESULT install 10x/1x: {med[('10x', 'setup')] / med[('1x', 'setup')]:.2f}x "
           f"(goal <= 10.5x); plain copy 10x/1x: "
           f"{med[('10x', 'copy')] / med[('1x', 'copy')]:.2f}x")

@@ -36,7 +36,8 @@ native_bench() {
 }
 
 # One timed run in a fresh prefix: `setup` runs Setup.exe -s -i from the
-# product folder, `copy` copies that folder into the install folder. Both
+# product folder (`setup-nofonts` adds -nofonts, to tell how much of it the
+# fonts take), `copy` copies that folder into the install folder. Both
 # start from the same prefix: the product in C:\ZendraSource, the browser's
 # stand-in library, a running wineserver. Prints the milliseconds.
 run_once() {
@@ -55,6 +56,8 @@ run_once() {
   set +e
   if [ "$kind" = setup ]; then
     wine 'C:\ZendraSource\Setup.exe' -s -i </dev/null >/dev/null 2>&1
+  elif [ "$kind" = setup-nofonts ]; then
+    wine 'C:\ZendraSource\Setup.exe' -s -i -nofonts </dev/null >/dev/null 2>&1
   else
     wine 'C:\PlainCopy.exe' 'C:\ZendraSource' \
       'C:\Program Files (x86)\Orvane\Zendra' </dev/null >/dev/null 2>&1
@@ -108,7 +111,7 @@ install_bench() {
   local r product kind
   for r in $(seq "${REPS:-3}"); do
     for product in 1x 10x; do
-      for kind in setup copy; do
+      for kind in setup copy setup-nofonts; do
         local dir=$one
         [ "$product" = 10x ] && dir=$ten
         echo "$product $kind $(run_once "$kind" "$dir")" | tee -a "$results"
