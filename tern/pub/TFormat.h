@@ -71,8 +71,8 @@ class CBasicFormat {
 
  private:
   // Finds the next placeholder named `var` (`nameLen` characters) at or
-  // after `pos`: its start in `pos`, the position after it in `end`, and its
-  // format spec.
+  // after `pos`: its start in `pos`, the position after it in `end`, and the
+  // text after its colon in `fmtSpec`.
   bool FindPlaceholder(const Ch* var, Int nameLen, Int& pos, Int& end,
                        StrT& fmtSpec) const;
 

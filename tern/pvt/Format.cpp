@@ -163,8 +163,9 @@ bool CBasicFormat<Ch>::FindPlaceholder(const Ch* var, Int nameLen, Int& pos,
     Int close = after + nameLen;
     fmtSpec.Clear();
     if (close < len && text[close] == ':') {
-      // A spec is at most cMaxSpecLength characters: a close delimiter
-      // further away makes no placeholder, so no need to look further.
+      // The format after the colon is at most cMaxSpecLength characters: a
+      // close delimiter further away makes no placeholder, so the search
+      // stops there.
       const Int specStart = close + 1;
       const Int limit = len - specStart > cMaxSpecLength
                             ? specStart + cMaxSpecLength + 1
