@@ -33,11 +33,32 @@ void Indent(CStream& stream) {
   stream.IncIndent();
 }
 
+// The bytes a stream in `mode` stores for `lines`, line by line.
+std::vector<std::string> StoredLines(const std::vector<std::string>& lines,
+                                     UInt32 mode) {
+  std::vector<std::string> stored;
+  CMemStream mem(mode);
+  Indent(mem);
+  for (const std::string& line : lines) {
+    const std::size_t before = mem.Data().size();
+    mem.WriteString(line.c_str(), static_cast<Int>(line.size()));
+    stored.emplace_back(mem.Data().begin() + static_cast<long>(before),
+                        mem.Data().end());
+  }
+  return stored;
+}
+
+std::size_t TotalSize(const std::vector<std::string>& texts) {
+  std::size_t bytes = 0;
+  for (const std::string& text : texts) bytes += text.size();
+  return bytes;
+}
+
 void BM_StreamWrite(benchmark::State& state) {
   const UInt32 mode = state.range(1) ? cCRCLogMode : cLogMode;
   const auto lines = LogLines(static_cast<int>(state.range(0)));
+  const std::size_t bytes = TotalSize(StoredLines(lines, mode));
   const std::string path = Bench::ScratchPath("stream.log");
-  std::size_t bytes = 0;
   for (auto _ : state) {
     CFileStream log;
     log.Open(path.c_str(), fsmCreateAlways | mode);
@@ -45,9 +66,6 @@ void BM_StreamWrite(benchmark::State& state) {
     for (const std::string& line : lines)
       log.WriteString(line.c_str(), static_cast<Int>(line.size()));
     benchmark::DoNotOptimize(log.GetChecksum());
-    Int length = 0;
-    log.GetLength(length);
-    bytes = static_cast<std::size_t>(length);
     log.Close();
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
@@ -57,18 +75,8 @@ void BM_StreamWrite(benchmark::State& state) {
 
 void BM_Fwrite(benchmark::State& state) {
   const auto lines = LogLines(static_cast<int>(state.range(0)));
-  // The bytes the stream stores for each line.
-  std::vector<std::string> stored;
-  CMemStream mem(cLogMode);
-  Indent(mem);
-  std::size_t bytes = 0;
-  for (const std::string& line : lines) {
-    const std::size_t before = mem.Data().size();
-    mem.WriteString(line.c_str(), static_cast<Int>(line.size()));
-    stored.emplace_back(mem.Data().begin() + static_cast<long>(before),
-                        mem.Data().end());
-    bytes += stored.back().size();
-  }
+  const auto stored = StoredLines(lines, cLogMode);
+  const std::size_t bytes = TotalSize(stored);
   const std::string path = Bench::ScratchPath("fwrite.log");
   for (auto _ : state) {
     std::FILE* file = std::fopen(path.c_str(), "wb");
