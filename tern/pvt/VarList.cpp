@@ -71,23 +71,21 @@ CVarList::CVar* CVarList::FindVar(std::string_view name) const {
 }
 
 void CVarList::AddToIndex(CVar* var) {
+  auto place = [this](const CIndexSlot& slot) {
+    const std::size_t mask = mIndex.size() - 1;
+    std::size_t i = slot.hash & mask;
+    while (mIndex[i].var) i = (i + 1) & mask;
+    mIndex[i] = slot;
+  };
   if (static_cast<std::size_t>(mCount) * 2 > mIndex.size()) {
     std::vector<CIndexSlot> old(std::move(mIndex));
     mIndex.assign(old.empty() ? 16 : old.size() * 2, CIndexSlot{0, nullptr});
-    const std::size_t mask = mIndex.size() - 1;
-    for (const CIndexSlot& slot : old) {
-      if (!slot.var) continue;
-      std::size_t i = slot.hash & mask;
-      while (mIndex[i].var) i = (i + 1) & mask;
-      mIndex[i] = slot;
-    }
+    for (const CIndexSlot& slot : old)
+      if (slot.var) place(slot);
   }
-  const std::size_t hash = std::hash<std::string_view>()(
-      std::string_view(var->name.Chars(), var->name.Length()));
-  const std::size_t mask = mIndex.size() - 1;
-  std::size_t i = hash & mask;
-  while (mIndex[i].var) i = (i + 1) & mask;
-  mIndex[i] = CIndexSlot{hash, var};
+  place(CIndexSlot{std::hash<std::string_view>()(
+                       std::string_view(var->name.Chars(), var->name.Length())),
+                   var});
 }
 
 const CVarList::CVar* CVarList::Find(const char* name) const {
