@@ -9,7 +9,7 @@ packages=(
   mingw-w64-i686-dev libz-mingw-w64-dev
   wine wine32:i386 wine64 libwine:i386
   xvfb xauth xdotool x11-apps imagemagick
-  googletest zlib1g-dev python3-fonttools
+  googletest libbenchmark-dev zlib1g-dev python3-fonttools
   e2fsprogs
   # The fuzz targets: clang with libFuzzer and the sanitizer runtimes (only
   # recommended by clang-14, so named here).

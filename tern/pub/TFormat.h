@@ -71,9 +71,11 @@ class CBasicFormat {
   static bool FormatPath(const Ch* fmtSpec, const void* item, StrT& out);
 
  private:
-  // Finds the next placeholder named `var` at or after `pos`, removes it and
-  // gives back its position and format spec.
-  bool TakePlaceholder(const Ch* var, Int& pos, StrT& fmtSpec);
+  // Finds the next placeholder named `var` (`nameLen` characters) at or
+  // after `pos`: its start in `pos`, the position after it in `end`, and the
+  // text after its colon in `fmtSpec`.
+  bool FindPlaceholder(const Ch* var, Int nameLen, Int& pos, Int& end,
+                       StrT& fmtSpec) const;
 
   StrT mText;
   Ch mOpen = '<';

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -122,18 +123,35 @@ class CStream {
   // The concrete stream's raw bytes.
   virtual CError RawRead(Byte& b, bool& eof) = 0;
   virtual CError RawWrite(Byte b) = 0;
+  // Many raw bytes at once; by default one by one through RawWrite.
+  virtual CError RawWriteBlock(const Byte* data, std::size_t size);
+  // Reading in bulk, for streams that hold their bytes in a buffer: RawPeek
+  // gives the raw bytes that can be had now (filling the buffer first when
+  // it is empty; none and `eof` at the end), RawSkip consumes some of them.
+  virtual bool CanPeek() const { return false; }
+  virtual CError RawPeek(const Byte*& data, std::size_t& size, bool& eof);
+  virtual void RawSkip(std::size_t count);
   virtual CError DoFlush() { return Ok; }
   virtual CError DoClose() { return Ok; }
 
  private:
   CError ReadPlainByte(Int& b, bool& eof);
   CError WritePlainByte(Byte b);
+  // Checksums, scrambles and writes a run of plain bytes.
+  CError WritePlainBlock(const Byte* data, std::size_t size);
+  // 8-bit text without a write filter, a line at a time.
+  CError WriteTextBlock(const Byte* text, std::size_t size);
+  // ReadUntil of an 8-bit stream without text-mode translation, filter or
+  // pushed-back character, over the buffered bytes.
+  bool CanReadInBulk() const;
+  bool ReadBytesUntil(CStr& out, Int delim, Int maxLen, Int* count);
   CError DecodeChar(Int& c, bool& eof);
   CError EncodeChar(Int c);
   CError TranslateRead(Int& c, bool& eof, CError (CStream::*next)(Int&, bool&));
   CError PutCharacter(Int c, bool unicode);
   CError PutEncoded(Int c, bool unicode);
   void Checksum(Byte b);
+  void ChecksumBlock(const Byte* data, std::size_t size);
 
   UInt32 mMode = 0;
   StreamState mState = ssInit;
@@ -141,7 +159,12 @@ class CStream {
   Int mEncoding = encSystem;
   Int mUnGetChar = -1;
   Int mLineCount = 0;
-  UInt32 mChecksum = 0;
+  // CRC-32 costs a call per piece: small pieces wait here, in order, and
+  // are taken into mChecksum a few thousand bytes at a time, or when the
+  // checksum is read.
+  void SettleChecksum() const;
+  mutable UInt32 mChecksum = 0;
+  mutable std::vector<Byte> mPendingCRC;
   Int mIndentLevel = 0;
   Int mIndentWidth = 0;
   bool mAtLineStart = true;
@@ -171,6 +194,10 @@ class CMemStream : public CStream {
  protected:
   CError RawRead(Byte& b, bool& eof) override;
   CError RawWrite(Byte b) override;
+  CError RawWriteBlock(const Byte* data, std::size_t size) override;
+  bool CanPeek() const override { return true; }
+  CError RawPeek(const Byte*& data, std::size_t& size, bool& eof) override;
+  void RawSkip(std::size_t count) override;
 
  private:
   std::vector<Byte> mData;
@@ -208,6 +235,10 @@ class CFileStream : public CStream {
  protected:
   CError RawRead(Byte& b, bool& eof) override;
   CError RawWrite(Byte b) override;
+  CError RawWriteBlock(const Byte* data, std::size_t size) override;
+  bool CanPeek() const override { return true; }
+  CError RawPeek(const Byte*& data, std::size_t& size, bool& eof) override;
+  void RawSkip(std::size_t count) override;
   CError DoFlush() override;
   CError DoClose() override;
 

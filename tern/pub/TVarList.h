@@ -2,6 +2,9 @@
 // list holds the program's settings and fills every "<Name>" placeholder.
 #pragma once
 
+#include <bitset>
+#include <cstddef>
+#include <string_view>
 #include <vector>
 
 #include "TError.h"
@@ -24,6 +27,12 @@ enum ConfigFileProblem : Int {
 
 // "Orvane Configuration File 1.0"
 extern const char cConfigFileHeader[];
+
+// What one expansion may still do before it counts as endless.
+struct CExpansionBudget {
+  Int replacements;
+  Int maxLength;
+};
 
 class CVarList {
  public:
@@ -59,7 +68,7 @@ class CVarList {
   bool GetFlag(const char* name) const;
   const CVar* Find(const char* name) const;
   const CVar* First() const { return mHead; }
-  Int Count() const;
+  Int Count() const { return mCount; }
   void Clear();
 
   // Lists chained after this one take part in the expansion.
@@ -78,10 +87,12 @@ class CVarList {
   // Replaces every plain "<name>" placeholder by its value, with this list
   // and those chained after it, pass after pass until a pass changes nothing.
   // `delims` holds the open and close characters ("<>" when null). Returns
-  // the number of replacements. A variable whose value holds its own
-  // placeholder would make that endless: after 1000 replacements, or once
-  // the text is longer than 64K characters, expansion stops with an internal
-  // error.
+  // the number of replacements. The cost grows with the length of the text
+  // and the number of placeholders, not with the number of variables. A
+  // variable whose value holds its own placeholder would make that endless:
+  // after max(1000, the text's length) replacements, or once the text is
+  // longer than max(64K, 16 times its length), expansion stops with an
+  // internal error.
   Int Expand(CStr& text, const char* delims = nullptr) const;
   // The same over UTF-16 text; names and values are taken through the
   // system code page.
@@ -110,17 +121,32 @@ class CVarList {
   CError ReadConfig(CStream& in, ConfigFileProblem* problem = nullptr);
 
  private:
-  CVar* FindVar(const char* name) const;
+  CVar* FindVar(std::string_view name) const;
   // The list's value, else the first registry search location's.
   bool Lookup(const char* name, CStr& value, bool* readOnly) const;
   template <typename StrT>
   Int ExpandText(StrT& text, const char* delims) const;
   template <typename StrT>
   Int ExpandPass(StrT& text, typename StrT::CharType open,
-                 typename StrT::CharType close, Int& budget) const;
+                 typename StrT::CharType close, CExpansionBudget& budget) const;
+  // Whether the placeholders of the chain can be filled by looking each one
+  // up by name (see VarList.cpp).
+  bool CanExpandByLookup(char open, char close) const;
+  const CVar* FindInChain(std::string_view name) const;
 
   CVar* mHead = nullptr;
   CVar* mTail = nullptr;
+  Int mCount = 0;
+  // Every variable by name: an open-addressed table, a power of two in size
+  // and at most half full, of each name's hash and its variable.
+  struct CIndexSlot {
+    std::size_t hash;
+    CVar* var;
+  };
+  void AddToIndex(CVar* var);
+  std::vector<CIndexSlot> mIndex;
+  // The bytes that occur in any name of the list.
+  std::bitset<256> mNameBytes;
   const CVarList* mNext = nullptr;
   std::vector<CSearchLocation> mSearchLocations;
 };

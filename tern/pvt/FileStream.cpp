@@ -72,7 +72,9 @@ void CFileStream::DropReadBuffer() {
   mBufferPos = 0;
 }
 
-CError CFileStream::RawRead(Byte& b, bool& eof) {
+CError CFileStream::RawPeek(const Byte*& data, std::size_t& size, bool& eof) {
+  data = nullptr;
+  size = 0;
   eof = false;
   if (mWriting) {
     CError err = FlushWrites();
@@ -91,7 +93,20 @@ CError CFileStream::RawRead(Byte& b, bool& eof) {
       return Ok;
     }
   }
-  b = mBuffer[mBufferPos++];
+  data = mBuffer.data() + mBufferPos;
+  size = mBuffer.size() - mBufferPos;
+  return Ok;
+}
+
+void CFileStream::RawSkip(std::size_t count) { mBufferPos += count; }
+
+CError CFileStream::RawRead(Byte& b, bool& eof) {
+  const Byte* data = nullptr;
+  std::size_t size = 0;
+  CError err = RawPeek(data, size, eof);
+  if (Failed(err) || eof) return err;
+  b = *data;
+  ++mBufferPos;
   return Ok;
 }
 
@@ -102,6 +117,26 @@ CError CFileStream::RawWrite(Byte b) {
   }
   mBuffer.push_back(b);
   return mBuffer.size() >= cBufferSize ? FlushWrites() : Ok;
+}
+
+CError CFileStream::RawWriteBlock(const Byte* data, std::size_t size) {
+  if (!mWriting) {
+    DropReadBuffer();
+    mWriting = true;
+  }
+  while (size > 0) {
+    const std::size_t room =
+        mBuffer.size() < cBufferSize ? cBufferSize - mBuffer.size() : 0;
+    const std::size_t n = size < room ? size : room;
+    mBuffer.insert(mBuffer.end(), data, data + n);
+    data += n;
+    size -= n;
+    if (mBuffer.size() >= cBufferSize) {
+      CError err = FlushWrites();
+      if (Failed(err)) return err;
+    }
+  }
+  return Ok;
 }
 
 CError CFileStream::GetPos(Int& pos) {

@@ -297,25 +297,25 @@ CError CLocalFSPathDefinition::SetFromOSString(CPath& path,
                                                const char* pathStr) const {
   path.mDef = this;
   path.mText = "[]";
-  CStr text(pathStr);
-  for (Int i = 0; i < text.Length(); ++i) {
-    if (text[i] == '/') {
-      text.Remove(i, 1);
-      text.Insert(i, "\\", 1);
-    }
-  }
+  const Int length = Str::Length(pathStr);
+  CStr text;
+  char* chars = text.Lock(length);
+  for (Int i = 0; i < length; ++i)
+    chars[i] = pathStr[i] == '/' ? '\\' : pathStr[i];
+  text.Unlock(length);
   CStr volume;
   Int volumeLen = text.IsEmpty() ? -1 : ParseVolume(text.Chars(), volume);
-  CStr extra = volumeLen > 0 ? text.Mid(volumeLen) : text;
   // The canonical form has no delimiter right after the volume nor at the end.
-  while (extra.Length() > 0 && extra[0] == '\\' && volumeLen > 0)
-    extra.Remove(0, 1);
-  while (extra.Length() > 1 && extra[extra.Length() - 1] == '\\')
-    extra.Truncate(extra.Length() - 1);
+  Int start = volumeLen > 0 ? volumeLen : 0;
+  if (volumeLen > 0)
+    while (start < length && chars[start] == '\\') ++start;
+  Int end = length;
+  while (end - start > 1 && chars[end - 1] == '\\') --end;
+  path.mText.Reserve(volume.Length() + 2 + (end - start));
   path.mText = "[";
   path.mText += volume;
   path.mText += ']';
-  path.mText += extra;
+  path.mText.Append(text.Chars() + start, end - start);
   return Ok;
 }
 

@@ -1,4 +1,6 @@
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 #include "TError.h"
 #include "TFileSystem.h"
@@ -26,10 +28,12 @@ template <typename StrT>
 void Pad(StrT& text, const CFormatSpec& fmtSpec) {
   using Ch = typename StrT::CharType;
   if (text.Length() >= fmtSpec.width) return;
-  StrT fill;
-  const Ch c = static_cast<Ch>(fmtSpec.fill);
-  for (Int n = fmtSpec.width - text.Length(); n > 0; --n) fill.Append(c);
-  text.Insert(0, fill.Chars(), fill.Length());
+  StrT padded;
+  padded.Reserve(fmtSpec.width);
+  const Ch fill = static_cast<Ch>(fmtSpec.fill);
+  for (Int i = text.Length(); i < fmtSpec.width; ++i) padded.Append(fill);
+  padded.Append(text);
+  text = std::move(padded);
 }
 
 // The format spec decoded, or the defaults after the assertion the callers
@@ -151,30 +155,47 @@ CBasicFormat<Ch>::CBasicFormat(const Ch* templ, const char* delims,
         mText, delims && Str::Length(delims) == 2 ? delims : nullptr);
 }
 
+// The text before `pos` is never looked at, so the search runs over the text
+// as it was before any replacement.
 template <typename Ch>
-bool CBasicFormat<Ch>::TakePlaceholder(const Ch* var, Int& pos, StrT& fmtSpec) {
-  const Int nameLen = TextLength(var);
+bool CBasicFormat<Ch>::FindPlaceholder(const Ch* var, Int nameLen, Int& pos,
+                                       Int& end, StrT& fmtSpec) const {
+  const Ch* text = mText.Chars();
+  const Int len = mText.Length();
   for (Int open = mText.Find(mOpen, pos); open >= 0;
        open = mText.Find(mOpen, open + 1)) {
-    Int after = open + 1;
-    if (mText.Length() - after < nameLen || mText.Mid(after, nameLen) != var)
+    const Int after = open + 1;
+    if (len - after < nameLen ||
+        std::memcmp(text + after, var, sizeof(Ch) * nameLen) != 0)
       continue;
-    Int end = after + nameLen;
+    Int close = after + nameLen;
     fmtSpec.Clear();
-    if (end < mText.Length() && mText[end] == ':') {
-      Int close = mText.Find(mClose, end + 1);
-      if (close < 0 || close - (end + 1) > cMaxSpecLength) continue;
-      fmtSpec = mText.Mid(end + 1, close - (end + 1));
-      end = close;
+    if (close < len && text[close] == ':') {
+      // The format after the colon is at most cMaxSpecLength characters: a
+      // close delimiter further away makes no placeholder, so the search
+      // stops there.
+      const Int specStart = close + 1;
+      const Int limit = len - specStart > cMaxSpecLength
+                            ? specStart + cMaxSpecLength + 1
+                            : len;
+      Int specEnd = specStart;
+      while (specEnd < limit && text[specEnd] != mClose) ++specEnd;
+      if (specEnd >= limit) continue;
+      fmtSpec.Assign(text + specStart, specEnd - specStart);
+      close = specEnd;
     }
-    if (end >= mText.Length() || mText[end] != mClose) continue;
-    mText.Remove(open, end + 1 - open);
+    if (close >= len || text[close] != mClose) continue;
     pos = open;
+    end = close + 1;
     return true;
   }
   return false;
 }
 
+// Each placeholder is cut out and the formatted item put in its place; the
+// search goes on after what was put in. The result is built in one sweep,
+// so a text with many placeholders costs no more per character than one
+// with few.
 template <typename Ch>
 bool CBasicFormat<Ch>::Item(const Ch* var, const void* item,
                             FormatFunction fmtFunc) {
@@ -183,16 +204,21 @@ bool CBasicFormat<Ch>::Item(const Ch* var, const void* item,
   TERN_ASSERT(item);
   TERN_ASSERT(fmtFunc);
   if (!var || TextLength(var) == 0 || !item || !fmtFunc) return false;
+  const Int nameLen = TextLength(var);
   bool replaced = false;
-  Int pos = 0;
-  StrT fmtSpec, out;
-  while (TakePlaceholder(var, pos, fmtSpec)) {
+  Int pos = 0, end = 0, copied = 0;
+  StrT fmtSpec, out, result;
+  while (FindPlaceholder(var, nameLen, pos, end, fmtSpec)) {
+    if (!replaced) result.Reserve(mText.Length());
+    result.Append(mText.Chars() + copied, pos - copied);
     out.Clear();
-    if (fmtFunc(fmtSpec.Chars(), item, out)) {
-      mText.Insert(pos, out.Chars(), out.Length());
-      pos += out.Length();  // what was inserted is not searched again
-    }
+    if (fmtFunc(fmtSpec.Chars(), item, out)) result.Append(out);
     replaced = true;
+    copied = pos = end;
+  }
+  if (replaced) {
+    result.Append(mText.Chars() + copied, mText.Length() - copied);
+    mText = std::move(result);
   }
   return replaced;
 }

@@ -1,5 +1,7 @@
 #include <zlib.h>
 
+#include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "TStr.h"
@@ -50,6 +52,7 @@ void CStream::SetEncoding(Int encoding) {
 
 UInt32 CStream::GetChecksum() const {
   TERN_ASSERT(IsChecksumming());
+  SettleChecksum();
   return mChecksum;
 }
 
@@ -64,6 +67,7 @@ void CStream::Opened(UInt32 mode) {
   mUnGetChar = -1;
   mLineCount = 0;
   mChecksum = 0;
+  mPendingCRC.clear();
   mAtLineStart = true;
   mLastWasCR = false;
 }
@@ -106,9 +110,75 @@ CError CStream::SetLength(Int) {
 void CStream::Checksum(Byte b) {
   if (!(mMode & smChecksum)) return;
   if (mMode & smCRC32)
-    mChecksum = static_cast<UInt32>(crc32(mChecksum, &b, 1));
+    ChecksumBlock(&b, 1);
   else
     mChecksum += b;
+}
+
+void CStream::SettleChecksum() const {
+  if (mPendingCRC.empty()) return;
+  mChecksum = static_cast<UInt32>(crc32(mChecksum, mPendingCRC.data(),
+                                        static_cast<uInt>(mPendingCRC.size())));
+  mPendingCRC.clear();
+}
+
+void CStream::ChecksumBlock(const Byte* data, std::size_t size) {
+  if (!(mMode & smChecksum) || size == 0) return;
+  if (mMode & smCRC32) {
+    const std::size_t cBatch = 4096;
+    if (mPendingCRC.size() + size > cBatch) SettleChecksum();
+    if (size >= cBatch) {
+      mChecksum =
+          static_cast<UInt32>(crc32(mChecksum, data, static_cast<uInt>(size)));
+    } else {
+      if (mPendingCRC.capacity() < cBatch) mPendingCRC.reserve(cBatch);
+      mPendingCRC.insert(mPendingCRC.end(), data, data + size);
+    }
+  } else {
+    UInt32 sum = mChecksum;
+    for (std::size_t i = 0; i < size; ++i) sum += data[i];
+    mChecksum = sum;
+  }
+}
+
+CError CStream::RawWriteBlock(const Byte* data, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) {
+    CError err = RawWrite(data[i]);
+    if (Failed(err)) return err;
+  }
+  return Ok;
+}
+
+CError CStream::RawPeek(const Byte*& data, std::size_t& size, bool& eof) {
+  TERN_FAIL("not implemented for this stream");
+  data = nullptr;
+  size = 0;
+  eof = true;
+  return Failure;
+}
+
+void CStream::RawSkip(std::size_t) {
+  TERN_FAIL("not implemented for this stream");
+}
+
+// The same bytes, checksum and failure as WritePlainByte for each byte.
+CError CStream::WritePlainBlock(const Byte* data, std::size_t size) {
+  if (size == 0) return Ok;
+  ChecksumBlock(data, size);
+  if (!(mMode & smScramble)) {
+    CError err = RawWriteBlock(data, size);
+    return Failed(err) ? Fail(err) : Ok;
+  }
+  Byte scrambled[1024];
+  while (size > 0) {
+    const std::size_t n = size < sizeof scrambled ? size : sizeof scrambled;
+    for (std::size_t i = 0; i < n; ++i) scrambled[i] = Scramble(data[i]);
+    CError err = RawWriteBlock(scrambled, n);
+    if (Failed(err)) return Fail(err);
+    data += n;
+    size -= n;
+  }
+  return Ok;
 }
 
 CError CStream::ReadPlainByte(Int& c, bool& eof) {
@@ -248,8 +318,68 @@ bool ReadUntilInto(CStream& stream, StrT& out, Int delim, Int maxLen,
 
 }  // namespace
 
+bool CStream::CanReadInBulk() const {
+  return CanPeek() && IsReadable() && !IsUnicodeEncoding() && mUnGetChar < 0 &&
+         !mReadFilter && !(mMode & smText);
+}
+
+// What ReadByte would give byte by byte: the plain bytes are checksummed up to
+// and including the delimiter, and LFs are counted, but a buffer at a time.
+bool CStream::ReadBytesUntil(CStr& out, Int delim, Int maxLen, Int* count) {
+  const bool searchable = delim >= 0 && delim <= 0xFF;
+  Byte plain[4096];
+  Int n = 0;
+  bool found = false;
+  while (!found && (maxLen == -1 || n < maxLen)) {
+    const Byte* raw = nullptr;
+    std::size_t size = 0;
+    bool eof = false;
+    CError err = RawPeek(raw, size, eof);
+    if (Failed(err)) {
+      Fail(err);
+      break;
+    }
+    if (eof || size == 0) break;
+    std::size_t take = size < sizeof plain ? size : sizeof plain;
+    if (maxLen != -1 && take > static_cast<std::size_t>(maxLen - n))
+      take = static_cast<std::size_t>(maxLen - n);
+    const Byte* bytes = raw;
+    std::size_t kept = take, used = take;
+    if (mMode & smScramble) {
+      // Unscrambled only as far as the delimiter.
+      for (std::size_t i = 0; i < take; ++i) {
+        plain[i] = Unscramble(raw[i]);
+        if (searchable && plain[i] == delim) {
+          kept = i;
+          used = i + 1;
+          found = true;
+          break;
+        }
+      }
+      bytes = plain;
+    } else if (searchable) {
+      if (const void* at = std::memchr(bytes, delim, take)) {
+        kept = static_cast<std::size_t>(static_cast<const Byte*>(at) - bytes);
+        used = kept + 1;
+        found = true;
+      }
+    }
+    ChecksumBlock(bytes, used);
+    if (mMode & smCountLines)
+      for (std::size_t i = 0; i < used; ++i)
+        if (bytes[i] == '\n') ++mLineCount;
+    out.Append(reinterpret_cast<const char*>(bytes), static_cast<Int>(kept));
+    n += static_cast<Int>(kept);
+    RawSkip(used);
+  }
+  if (count) *count = n;
+  return found || (maxLen != -1 && n >= maxLen);
+}
+
 bool CStream::ReadUntil(CStr& out, Int delim, Int maxLen, Int* count) {
   TERN_ASSERT(delim <= 0xFF);
+  if (CanReadInBulk() && (maxLen == -1 || maxLen > 0))
+    return ReadBytesUntil(out, delim, maxLen, count);
   return ReadUntilInto(*this, out, delim, maxLen, count, false);
 }
 
@@ -341,12 +471,109 @@ CError CStream::WriteChar(Int c) {
   return PutCharacter(c, true);
 }
 
+namespace {
+
+// Bytes gathered for the raw byte path, handed on a buffer at a time.
+class CStage {
+ public:
+  explicit CStage(CStream& stream,
+                  CError (CStream::*write)(const Byte*, std::size_t))
+      : mStream(stream), mWrite(write) {}
+
+  CError Add(const Byte* data, std::size_t size) {
+    while (size > 0) {
+      if (mUsed == sizeof mBytes) {
+        CError err = Flush();
+        if (Failed(err)) return err;
+      }
+      std::size_t n = sizeof mBytes - mUsed;
+      if (n > size) n = size;
+      std::memcpy(mBytes + mUsed, data, n);
+      mUsed += n;
+      data += n;
+      size -= n;
+    }
+    return Ok;
+  }
+
+  CError AddRepeated(Byte b, std::size_t count) {
+    while (count > 0) {
+      if (mUsed == sizeof mBytes) {
+        CError err = Flush();
+        if (Failed(err)) return err;
+      }
+      std::size_t n = sizeof mBytes - mUsed;
+      if (n > count) n = count;
+      std::memset(mBytes + mUsed, b, n);
+      mUsed += n;
+      count -= n;
+    }
+    return Ok;
+  }
+
+  CError Flush() {
+    const std::size_t used = mUsed;
+    mUsed = 0;
+    return used > 0 ? (mStream.*mWrite)(mBytes, used) : Ok;
+  }
+
+ private:
+  CStream& mStream;
+  CError (CStream::*mWrite)(const Byte*, std::size_t);
+  Byte mBytes[4096];
+  std::size_t mUsed = 0;
+};
+
+}  // namespace
+
+// PutCharacter's rules for each byte, applied to the runs between LFs; the
+// bytes are gathered and go through the checksum, the scrambling and the
+// concrete stream a few thousand at a time.
+CError CStream::WriteTextBlock(const Byte* text, std::size_t size) {
+  static const Byte cEOL[] = {'\r', '\n'};
+  CStage stage(*this, &CStream::WritePlainBlock);
+  const Byte* p = text;
+  const Byte* const end = text + size;
+  CError err = Ok;
+  while (p < end && Succeeded(err)) {
+    if (mAtLineStart && mIndentLevel >= 1) {
+      for (Int level = 0; level < mIndentLevel && Succeeded(err); ++level)
+        err = mIndentWidth <= 0
+                  ? stage.AddRepeated('\t', 1)
+                  : stage.AddRepeated(' ',
+                                      static_cast<std::size_t>(mIndentWidth));
+      if (Failed(err)) break;
+    }
+    const void* lf = std::memchr(p, '\n', static_cast<std::size_t>(end - p));
+    const Byte* runEnd = lf ? static_cast<const Byte*>(lf) : end;
+    if (runEnd > p) {
+      mAtLineStart = false;
+      err = stage.Add(p, static_cast<std::size_t>(runEnd - p));
+      p = runEnd;
+      continue;
+    }
+    mAtLineStart = true;
+    if (mMode & smCountLines) ++mLineCount;
+    if (!(mMode & smText))
+      err = stage.Add(cEOL + 1, 1);
+    else if (mEOLType == eolCRLF)
+      err = stage.Add(cEOL, 2);
+    else
+      err = stage.Add(mEOLType == eolCR ? cEOL : cEOL + 1, 1);
+    ++p;
+  }
+  return Failed(err) ? err : stage.Flush();
+}
+
 CError CStream::WriteString(const char* text, Int len) {
   if (len < 0) len = Str::Length(text);
   if (IsUnicodeEncoding()) {
     CWStr wide = Str::ToWide(CStr(text, len).Chars());
     return WriteString(wide.Chars(), wide.Length());
   }
+  if (!mWriteFilter && IsWritable() && len > 0)
+    return WriteTextBlock(reinterpret_cast<const Byte*>(text),
+                          static_cast<std::size_t>(len));
   CError err = Ok;
   for (Int i = 0; i < len && Succeeded(err); ++i)
     err = WriteByte(static_cast<unsigned char>(text[i]));
@@ -425,6 +652,24 @@ CError CMemStream::RawWrite(Byte b) {
   ++mPos;
   return Ok;
 }
+
+CError CMemStream::RawWriteBlock(const Byte* data, std::size_t size) {
+  const std::size_t overwrite =
+      mPos < mData.size() ? std::min(size, mData.size() - mPos) : 0;
+  if (overwrite > 0) std::memcpy(mData.data() + mPos, data, overwrite);
+  mData.insert(mData.end(), data + overwrite, data + size);
+  mPos += size;
+  return Ok;
+}
+
+CError CMemStream::RawPeek(const Byte*& data, std::size_t& size, bool& eof) {
+  size = mPos < mData.size() ? mData.size() - mPos : 0;
+  data = size > 0 ? mData.data() + mPos : nullptr;
+  eof = size == 0;
+  return Ok;
+}
+
+void CMemStream::RawSkip(std::size_t count) { mPos += count; }
 
 CError CMemStream::GetPos(Int& pos) {
   pos = static_cast<Int>(mPos);

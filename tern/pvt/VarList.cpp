@@ -1,4 +1,8 @@
+#include <algorithm>
 #include <cstdlib>
+#include <string>
+#include <unordered_map>
+#include <utility>
 
 #include "Platform.h"
 #include "TError.h"
@@ -26,11 +30,17 @@ void FillOnce(CStr& text, const char* name, const CStr& value) {
   }
 }
 
-// Expansion gives up after this many replacements, or once the text has
-// grown past this length: only a variable whose value holds its own
-// placeholder, directly or through others, gets there.
+// Expansion gives up after max(1000, the text's length) replacements, or once
+// the text has grown past max(64K, 16 times its length): only a variable whose
+// value holds its own placeholder, directly or through others, gets there.
 const Int cMaxReplacements = 1000;
 const Int cMaxExpandedLength = 1 << 16;
+const Int cGrowthFactor = 16;
+
+CExpansionBudget BudgetFor(Int textLength) {
+  return {std::max(cMaxReplacements, textLength),
+          std::max(cMaxExpandedLength, cGrowthFactor * textLength)};
+}
 
 UInt32 ParseUnsigned(const CStr& text) {
   UInt32 value = 0;
@@ -49,29 +59,51 @@ CVarList& CVarList::Global() {
 }
 
 void CVarList::Clear() {
+  mIndex.clear();
   while (mHead) {
     CVar* next = mHead->next;
     delete mHead;
     mHead = next;
   }
   mTail = nullptr;
+  mCount = 0;
+  mNameBytes.reset();
 }
 
-CVarList::CVar* CVarList::FindVar(const char* name) const {
-  for (CVar* v = mHead; v; v = v->next)
-    if (v->name == name) return v;
+CVarList::CVar* CVarList::FindVar(std::string_view name) const {
+  if (mIndex.empty()) return nullptr;
+  const std::size_t hash = std::hash<std::string_view>()(name);
+  const std::size_t mask = mIndex.size() - 1;
+  for (std::size_t i = hash & mask; mIndex[i].var; i = (i + 1) & mask) {
+    const CIndexSlot& slot = mIndex[i];
+    if (slot.hash == hash && std::string_view(slot.var->name.Chars(),
+                                              slot.var->name.Length()) == name)
+      return slot.var;
+  }
   return nullptr;
+}
+
+void CVarList::AddToIndex(CVar* var) {
+  auto place = [this](const CIndexSlot& slot) {
+    const std::size_t mask = mIndex.size() - 1;
+    std::size_t i = slot.hash & mask;
+    while (mIndex[i].var) i = (i + 1) & mask;
+    mIndex[i] = slot;
+  };
+  if (static_cast<std::size_t>(mCount) * 2 > mIndex.size()) {
+    std::vector<CIndexSlot> old(std::move(mIndex));
+    mIndex.assign(old.empty() ? 16 : old.size() * 2, CIndexSlot{0, nullptr});
+    for (const CIndexSlot& slot : old)
+      if (slot.var) place(slot);
+  }
+  place(CIndexSlot{std::hash<std::string_view>()(
+                       std::string_view(var->name.Chars(), var->name.Length())),
+                   var});
 }
 
 const CVarList::CVar* CVarList::Find(const char* name) const {
   TERN_ASSERT(name);
-  return name ? FindVar(name) : nullptr;
-}
-
-Int CVarList::Count() const {
-  Int n = 0;
-  for (const CVar* v = mHead; v; v = v->next) ++n;
-  return n;
+  return name ? FindVar(std::string_view(name)) : nullptr;
 }
 
 void CVarList::Set(const char* name, const char* value, bool readOnly) {
@@ -82,7 +114,7 @@ void CVarList::Set(const char* name, const char* value, bool readOnly) {
     ++name;
     readOnly = true;
   }
-  CVar* var = FindVar(name);
+  CVar* var = FindVar(std::string_view(name));
   if (!var) {
     var = new CVar{false, CStr(name), CStr(value), nullptr};
     if (mTail)
@@ -90,6 +122,11 @@ void CVarList::Set(const char* name, const char* value, bool readOnly) {
     else
       mHead = var;
     mTail = var;
+    ++mCount;
+    AddToIndex(var);
+    const CStr& stored = var->name;
+    for (Int i = 0; i < stored.Length(); ++i)
+      mNameBytes.set(static_cast<unsigned char>(stored.Chars()[i]));
   } else if (!var->readOnly) {
     var->value = value;
   } else {
@@ -161,7 +198,8 @@ const CWStr& TextOf(const CStr& text, CWStr& wide) {
 
 template <typename StrT>
 Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
-                         typename StrT::CharType close, Int& budget) const {
+                         typename StrT::CharType close,
+                         CExpansionBudget& budget) const {
   Int count = 0;
   StrT nameBuf, valueBuf;
   for (const CVarList* list = this; list; list = list->mNext) {
@@ -176,11 +214,11 @@ Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
         bool closed =
             pos + nameLen < text.Length() && text[pos + nameLen] == close;
         if (opened && closed) {
-          if (budget <= 0 || text.Length() > cMaxExpandedLength) {
-            budget = -1;  // one more was due: the expansion would not end
+          if (budget.replacements <= 0 || text.Length() > budget.maxLength) {
+            budget.replacements = -1;  // one more was due: it would not end
             return count;
           }
-          --budget;
+          --budget.replacements;
           Int start = pos - 1;
           text.Remove(start, nameLen + 2);
           text.Insert(start, value.Chars(), value.Length());
@@ -195,21 +233,133 @@ Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
   return count;
 }
 
+// Filling placeholders by looking their names up gives the same text and the
+// same count as the variable-by-variable passes of ExpandPass when
+//  - no name contains a delimiter and the two delimiters differ: then the
+//    only text a variable's pass can replace is a "tight" placeholder, an
+//    open delimiter, a name and the close delimiter with no delimiter between;
+//  - no name is defined in two lists of the chain: then every tight
+//    placeholder has at most one variable that fills it.
+// Tight placeholders never overlap, and filling one leaves every other in
+// place (it may only make new ones, from a value or from the text around
+// it). So every order of filling them reaches the same text after the same
+// number of replacements, and a pass that fills all the placeholders present
+// at its start, left to right in one sweep, is as good as any.
+bool CVarList::CanExpandByLookup(char open, char close) const {
+  if (open == close) return false;
+  const unsigned char o = static_cast<unsigned char>(open);
+  const unsigned char c = static_cast<unsigned char>(close);
+  for (const CVarList* list = this; list; list = list->mNext)
+    if (list->mNameBytes[o] || list->mNameBytes[c]) return false;
+  for (const CVarList* later = mNext; later; later = later->mNext)
+    for (const CVar* v = later->mHead; v; v = v->next)
+      for (const CVarList* list = this; list != later; list = list->mNext)
+        if (list->FindVar(std::string_view(v->name.Chars(), v->name.Length())))
+          return false;
+  return true;
+}
+
+const CVarList::CVar* CVarList::FindInChain(std::string_view name) const {
+  for (const CVarList* list = this; list; list = list->mNext)
+    if (CVar* var = list->FindVar(name)) return var;
+  return nullptr;
+}
+
+namespace {
+
+// One pass over `text`: every tight placeholder whose name `valueOf` knows is
+// replaced by that value, and the text is built anew once. The placeholders
+// that the inserted values or their joints make are left to the next pass.
+// `budget` holds the replacements still allowed; they end at -1 when one
+// more was due, or when the text grew past its limit.
+template <typename StrT, typename ValueOf>
+Int FillTightPlaceholders(StrT& text, typename StrT::CharType open,
+                          typename StrT::CharType close, ValueOf valueOf,
+                          CExpansionBudget& budget) {
+  using Ch = typename StrT::CharType;
+  const Ch* chars = text.Chars();
+  const Int len = text.Length();
+  StrT out;
+  Int copied = 0, count = 0, grown = len;
+  Int i = 0;
+  while (i < len && budget.replacements >= 0) {
+    if (chars[i] != open) {
+      ++i;
+      continue;
+    }
+    Int j = i + 1;
+    while (j < len && chars[j] != open && chars[j] != close) ++j;
+    if (j >= len) break;
+    if (chars[j] == close && j > i + 1) {
+      if (const StrT* value = valueOf(chars + i + 1, j - i - 1)) {
+        if (budget.replacements <= 0 || grown > budget.maxLength) {
+          budget.replacements = -1;  // one more was due: it would not end
+          break;
+        }
+        --budget.replacements;
+        grown += value->Length() - (j - i + 1);
+        if (count == 0) out.Reserve(len + value->Length());
+        out.Append(chars + copied, i - copied);
+        out.Append(*value);
+        copied = j + 1;
+        ++count;
+      }
+      ++j;
+    }
+    i = j;
+  }
+  if (count > 0) {
+    out.Append(chars + copied, len - copied);
+    text = std::move(out);
+  }
+  return count;
+}
+
+template <typename StrT, typename ValueOf>
+Int FillByLookup(StrT& text, typename StrT::CharType open,
+                 typename StrT::CharType close, ValueOf valueOf) {
+  Int total = 0;
+  CExpansionBudget budget = BudgetFor(text.Length());
+  while (text.Find(open) >= 0 && text.Find(close) >= 0) {
+    Int replaced = FillTightPlaceholders(text, open, close, valueOf, budget);
+    total += replaced;
+    if (budget.replacements < 0) {
+      TERN_FAIL("variable expansion does not end");
+      break;
+    }
+    if (replaced == 0) break;
+  }
+  return total;
+}
+
+void Delimiters(const char* delims, char& open, char& close) {
+  TERN_ASSERT((delims == 0) || (Str::Length(delims) == 2));
+  open = '<';
+  close = '>';
+  if (delims && Str::Length(delims) == 2) {
+    open = delims[0];
+    close = delims[1];
+  }
+}
+
+}  // namespace
+
 template <typename StrT>
 Int CVarList::ExpandText(StrT& text, const char* delims) const {
-  TERN_ASSERT((delims == 0) || (Str::Length(delims) == 2));
   using Ch = typename StrT::CharType;
-  Ch open = '<', close = '>';
+  char o = '<', c = '>';
   if (delims && Str::Length(delims) == 2) {
-    open = static_cast<unsigned char>(delims[0]);
-    close = static_cast<unsigned char>(delims[1]);
+    o = delims[0];
+    c = delims[1];
   }
+  const Ch open = static_cast<unsigned char>(o);
+  const Ch close = static_cast<unsigned char>(c);
   Int total = 0;
-  Int budget = cMaxReplacements;
+  CExpansionBudget budget = BudgetFor(text.Length());
   while (text.Find(open) >= 0 && text.Find(close) >= 0) {
     Int replaced = ExpandPass(text, open, close, budget);
     total += replaced;
-    if (budget < 0) {
+    if (budget.replacements < 0) {
       // A value that holds its own placeholder, directly or through others,
       // would be expanded for ever.
       TERN_FAIL("variable expansion does not end");
@@ -221,11 +371,50 @@ Int CVarList::ExpandText(StrT& text, const char* delims) const {
 }
 
 Int CVarList::Expand(CStr& text, const char* delims) const {
-  return ExpandText(text, delims);
+  char open, close;
+  Delimiters(delims, open, close);
+  if (!CanExpandByLookup(open, close)) return ExpandText(text, delims);
+  return FillByLookup(
+      text, open, close, [this](const char* name, Int len) -> const CStr* {
+        const CVar* var = FindInChain(std::string_view(name, len));
+        return var ? &var->value : nullptr;
+      });
 }
 
+// UTF-16 text meets the names through the code page, so the names are
+// converted once for the call and checked as converted.
 Int CVarList::Expand(CWStr& text, const char* delims) const {
-  return ExpandText(text, delims);
+  char o, c;
+  Delimiters(delims, o, c);
+  const char16_t open = static_cast<unsigned char>(o);
+  const char16_t close = static_cast<unsigned char>(c);
+  bool byLookup = open != close;
+  Int count = 0;
+  for (const CVarList* list = this; list && byLookup; list = list->mNext)
+    count += list->mCount;
+  std::vector<std::pair<CWStr, CWStr>> converted;
+  std::unordered_map<std::u16string_view, const CWStr*> index;
+  if (byLookup) {
+    converted.reserve(static_cast<std::size_t>(count));
+    index.reserve(static_cast<std::size_t>(count));
+  }
+  for (const CVarList* list = this; list && byLookup; list = list->mNext) {
+    for (const CVar* v = list->mHead; v && byLookup; v = v->next) {
+      CWStr name = Str::ToWide(v->name.Chars());
+      if (name.Find(open) >= 0 || name.Find(close) >= 0) byLookup = false;
+      if (name.IsEmpty()) continue;
+      converted.emplace_back(std::move(name), Str::ToWide(v->value.Chars()));
+      const auto& entry = converted.back();
+      std::u16string_view key(entry.first.Chars(), entry.first.Length());
+      if (!index.emplace(key, &entry.second).second) byLookup = false;
+    }
+  }
+  if (!byLookup) return ExpandText(text, delims);
+  return FillByLookup(text, open, close,
+                      [&index](const char16_t* name, Int len) -> const CWStr* {
+                        auto found = index.find(std::u16string_view(name, len));
+                        return found == index.end() ? nullptr : found->second;
+                      });
 }
 
 // ---- Dump and configuration file --------------------------------------------
@@ -253,8 +442,10 @@ void CVarList::Write(CStream& out) const {
 
 bool CVarList::Read(CStream& in) {
   TERN_ASSERT(in.IsReadable());
+  CStr name, value;
   for (;;) {
-    CStr name, value;
+    name.Clear();
+    value.Clear();
     if (!in.ReadUntil(name, 0)) return false;  // the stream ended
     if (name.IsEmpty()) return true;           // the end marker
     in.ReadUntil(value, 0);

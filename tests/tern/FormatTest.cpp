@@ -187,3 +187,34 @@ TEST(Format, WidthsAbove1024AreInvalid) {
   text.Item("S", "ab");
   EXPECT_STREQ("[ab]", text.Result().Chars());
 }
+
+TEST(Format, ManyPlaceholdersInOneText) {
+  CStr templ, expected;
+  for (int i = 0; i < 3000; ++i) {
+    templ += "<N> <N:4> <Other> <N:12345678901d> <N";
+    expected += "ab   ab <Other> <N:12345678901d> <N";
+  }
+  CFormat fmt(templ.Chars(), nullptr, CFormat::fmtNoGlobalExpansion);
+  EXPECT_TRUE(fmt.Item("N", "ab"));
+  EXPECT_STREQ(expected.Chars(), fmt.Result().Chars());
+}
+
+namespace {
+bool Refuse(const char*, const void*, CStr&) { return false; }
+bool Echo(const char*, const void*, CStr& out) {
+  out = "<N>";  // what was put in is not searched again
+  return true;
+}
+}  // namespace
+
+TEST(Format, InsertedTextIsNotSearchedAgain) {
+  CFormat echo("a<N>b<N:5>c", nullptr, CFormat::fmtNoGlobalExpansion);
+  int item = 0;
+  EXPECT_TRUE(echo.Item("N", &item, Echo));
+  EXPECT_STREQ("a<N>b<N>c", echo.Result().Chars());
+  // A refused item still takes its placeholder away.
+  CFormat refused("a<N>b<N:0123456789>c<N:01234567890>", nullptr,
+                  CFormat::fmtNoGlobalExpansion);
+  EXPECT_TRUE(refused.Item("N", &item, Refuse));
+  EXPECT_STREQ("abc<N:01234567890>", refused.Result().Chars());
+}

@@ -372,3 +372,97 @@ TEST(FileStream, PositionsAcrossBufferedReadsAndWrites) {
   EXPECT_EQ('!', bytes[5001]);
   EXPECT_EQ('.', bytes[5002]);
 }
+
+namespace {
+
+// A write or read filter that changes nothing sends every character through
+// the stream one by one; without a filter, strings go through in runs.
+struct PassThrough : CStreamFilter {
+  bool Filter(Int&) override { return true; }
+};
+
+}  // namespace
+
+TEST(Stream, StringWritesInRunsMatchCharacterWrites) {
+  const std::string text =
+      "first line\n\nsecond\tline\r\n" + std::string(5000, 'x') + "\nend";
+  for (UInt32 mode :
+       {0u, smText | smChecksum | smCountLines,
+        smText | smChecksum | smCRC32 | smScramble, smScramble | smChecksum}) {
+    for (Int eol : {eolCRLF, eolCR, eolLF}) {
+      for (Int width : {0, 3, 100}) {
+        PassThrough filter;
+        CMemStream runs(mode), single(mode);
+        single.SetWriteFilter(&filter);
+        for (CMemStream* s : {&runs, &single}) {
+          s->SetEOLType(eol);
+          s->SetIndentWidth(width);
+          s->WriteString("top\n");
+          s->IncIndent();
+          s->IncIndent();
+          s->WriteString(text.c_str(), static_cast<Int>(text.size()));
+          s->DecIndent();
+          s->Printf("\n%s\n\n", "printed");
+        }
+        EXPECT_EQ(single.Data(), runs.Data()) << mode << " " << eol;
+        EXPECT_EQ(single.GetLineCount(), runs.GetLineCount());
+        if (mode & smChecksum) {
+          EXPECT_EQ(single.GetChecksum(), runs.GetChecksum());
+        }
+      }
+    }
+  }
+}
+
+TEST(Stream, FileWritesInRunsMatchCharacterWrites) {
+  ScratchFile runsFile("runs.txt"), singleFile("single.txt");
+  const UInt32 mode =
+      fsmCreateAlways | smWriteOnly | smText | smChecksum | smCRC32;
+  std::string line = "a line of the log with some words in it\n";
+  PassThrough filter;
+  CFileStream runs, single;
+  ASSERT_EQ(Ok, runs.Open(runsFile.Path().c_str(), mode));
+  ASSERT_EQ(Ok, single.Open(singleFile.Path().c_str(), mode));
+  single.SetWriteFilter(&filter);
+  for (CFileStream* s : {&runs, &single}) {
+    s->SetIndentWidth(4);
+    s->IncIndent();
+    for (int i = 0; i < 500; ++i) s->WriteString(line.c_str());
+  }
+  EXPECT_EQ(single.GetChecksum(), runs.GetChecksum());
+  EXPECT_EQ(Ok, runs.Close());
+  EXPECT_EQ(Ok, single.Close());
+  Bytes written = ReadFileBytes(runsFile.Path());
+  EXPECT_EQ(500u * (line.size() + 5), written.size());
+  EXPECT_EQ(ReadFileBytes(singleFile.Path()), written);
+}
+
+TEST(Stream, ReadUntilInRunsMatchesByteReads) {
+  std::string data;
+  for (int i = 0; i < 3000; ++i)
+    data += "name" + std::to_string(i) + '\0' + "line\nvalue" + '\0';
+  CMemStream source(smScramble | smChecksum);
+  source.WriteString(data.c_str(), static_cast<Int>(data.size()));
+  const Bytes stored = source.Data();
+  for (Int maxLen : {-1, 3, 7, 5000}) {
+    PassThrough filter;
+    CMemStream runs(stored.data(), static_cast<Int>(stored.size()),
+                    smScramble | smChecksum | smCountLines);
+    CMemStream single(stored.data(), static_cast<Int>(stored.size()),
+                      smScramble | smChecksum | smCountLines);
+    single.SetReadFilter(&filter);
+    for (;;) {
+      CStr a, b;
+      Int countA = -1, countB = -1;
+      bool endedA = runs.ReadUntil(a, 0, maxLen, &countA);
+      bool endedB = single.ReadUntil(b, 0, maxLen, &countB);
+      ASSERT_EQ(endedB, endedA);
+      ASSERT_EQ(countB, countA);
+      ASSERT_TRUE(a == b);
+      ASSERT_EQ(single.GetChecksum(), runs.GetChecksum());
+      if (!endedA && a.IsEmpty()) break;
+    }
+    EXPECT_EQ(3000, runs.GetLineCount());
+    EXPECT_EQ(single.GetLineCount(), runs.GetLineCount());
+  }
+}

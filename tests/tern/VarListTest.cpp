@@ -1,5 +1,6 @@
 #include <string>
 
+#include "TStr.h"
 #include "TVarList.h"
 #include "TestSupport.h"
 
@@ -159,4 +160,137 @@ TEST(VarList, DeepButFiniteExpansionIsComplete) {
   CStr text("<V200>");
   EXPECT_EQ(201, vars.Expand(text));
   EXPECT_STREQ("end", text.Chars());
+}
+
+TEST(VarList, ManyVariablesKeepOrderAndLookups) {
+  CVarList vars;
+  const int n = 5000;
+  for (int i = 0; i < n; ++i) {
+    CStr name, value;
+    name.Format("Var%d", i);
+    value.Format("value %d", i);
+    vars.Set(name.Chars(), value.Chars(), i % 7 == 0);
+  }
+  vars.Set("Var3", "changed");
+  ASSERT_EQ(n, vars.Count());
+  int i = 0;
+  for (const CVarList::CVar* v = vars.First(); v; v = v->next, ++i) {
+    CStr name;
+    name.Format("Var%d", i);
+    ASSERT_STREQ(name.Chars(), v->name.Chars());
+    EXPECT_EQ(i % 7 == 0, v->readOnly);
+  }
+  CStr value;
+  EXPECT_TRUE(vars.Get("Var4999", value));
+  EXPECT_STREQ("value 4999", value.Chars());
+  EXPECT_STREQ("changed", vars.Find("Var3")->value.Chars());
+  EXPECT_EQ(nullptr, vars.Find("Var5000"));
+  vars.Clear();
+  EXPECT_EQ(0, vars.Count());
+  EXPECT_EQ(nullptr, vars.Find("Var1"));
+  vars.Set("Var1", "again");
+  EXPECT_STREQ("again", vars.First()->value.Chars());
+}
+
+namespace {
+
+// A name with a delimiter in it makes Expand go variable by variable, pass
+// after pass; the texts below never hold it, so it changes nothing else.
+void AddPassMarker(CVarList& vars) { vars.Set("\x01<[\x02]>\x03", "never"); }
+
+struct Expanded {
+  CStr text;
+  Int count;
+};
+
+Expanded ExpandWith(const CVarList& vars, const char* text,
+                    const char* delims = nullptr) {
+  Expanded result{CStr(text), 0};
+  result.count = vars.Expand(result.text, delims);
+  return result;
+}
+
+}  // namespace
+
+TEST(VarList, ExpansionByLookupMatchesThePasses) {
+  const char* const values[][2] = {
+      {"A", "<B>"},          {"B", "x"},       {"C", "<A><A>"}, {"Open", "<"},
+      {"Close", ">"},        {"AB", "joined"}, {"D", "<A"},     {"E", "B>"},
+      {"Empty", ""},         {"F", "[A]"},     {"aVb", "made"}, {"V", "V"},
+      {"Long", "<C><C><C>"},
+  };
+  const char* const texts[] = {
+      "<A>",
+      "<C> and <Long>",
+      "<Open>A<Close>",
+      "<D><E>",
+      "<<A>B>",
+      "<a<V>b>",
+      "<<>>",
+      "<A><B><Unknown><A:d>",
+      "<Open>Open<Close>>",
+      "[A] [F] [[A]]",
+      "<Empty><<Empty>A>",
+      "no placeholders",
+      "<",
+      ">",
+      "<>",
+      "<<A",
+      "A>>",
+      "<A",
+  };
+  CVarList lookup, passes;
+  for (const auto& v : values) {
+    lookup.Set(v[0], v[1]);
+    passes.Set(v[0], v[1]);
+  }
+  AddPassMarker(passes);
+  for (const char* text : texts) {
+    for (const char* delims : {static_cast<const char*>(nullptr), "[]"}) {
+      Expanded fast = ExpandWith(lookup, text, delims);
+      Expanded slow = ExpandWith(passes, text, delims);
+      EXPECT_STREQ(slow.text.Chars(), fast.text.Chars()) << text;
+      EXPECT_EQ(slow.count, fast.count) << text;
+    }
+  }
+  EXPECT_STREQ("joined", ExpandWith(lookup, "<D><E>").text.Chars());
+  EXPECT_STREQ("made", ExpandWith(lookup, "<a<V>b>").text.Chars());
+}
+
+TEST(VarList, ExpansionWithManyVariablesAndPlaceholders) {
+  CVarList lookup, passes;
+  for (int i = 0; i < 300; ++i) {
+    CStr name, value;
+    name.Format("N%d", i);
+    value.Format(i % 3 == 0 ? "<N%d>-%d" : "v%d", i + 1, i);
+    lookup.Set(name.Chars(), value.Chars());
+    passes.Set(name.Chars(), value.Chars());
+  }
+  AddPassMarker(passes);
+  CStr text;
+  for (int i = 0; i < 2000; ++i) text.AppendFormat("<N%d> <M%d> ", i % 320, i);
+  Expanded fast = ExpandWith(lookup, text.Chars());
+  Expanded slow = ExpandWith(passes, text.Chars());
+  EXPECT_STREQ(slow.text.Chars(), fast.text.Chars());
+  EXPECT_EQ(slow.count, fast.count);
+  EXPECT_GT(fast.count, 1800);
+
+  CWStr wide = Str::ToWide(text.Chars()), wideSlow = wide;
+  EXPECT_EQ(fast.count, lookup.Expand(wide));
+  EXPECT_EQ(fast.count, passes.Expand(wideSlow));
+  EXPECT_TRUE(wide == wideSlow);
+  EXPECT_TRUE(wide == Str::ToWide(fast.text.Chars()));
+}
+
+TEST(VarList, ExpansionOfAChainWithANameTwice) {
+  // The second list's "B" fills what the first list's "A" makes in the same
+  // pass; that needs the passes, and Expand takes them.
+  CVarList first, second;
+  first.Set("B", "first");
+  first.Set("A", "<B>");
+  second.Set("B", "second");
+  first.SetNext(&second);
+  CStr text("<B> <A>");
+  EXPECT_EQ(3, first.Expand(text));
+  EXPECT_STREQ("first second", text.Chars());
 }

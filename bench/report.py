@@ -1,0 +1,112 @@
+"""Prints the benchmark figures as scripts/bench.sh shows them.
+
+  report.py library LIBRARY.json   Google Benchmark's JSON (median aggregates)
+  report.py install INSTALL.txt    lines "<product> <setup|copy> <ms> <files>"
+"""
+import json
+import statistics
+import sys
+from collections import defaultdict
+
+
+def library(path):
+    with open(path) as f:
+        runs = json.load(f)["benchmarks"]
+    medians = {}
+    for run in runs:
+        if run.get("aggregate_name") != "median":
+            continue
+        parts = run["run_name"].split("/")
+        family = parts[0]
+        args = tuple(int(p) for p in parts[1:] if p.isdigit())
+        medians[(family, args)] = run
+
+    def per_item_ns(run):
+        return 1e9 / run["items_per_second"]
+
+    def total_ms(run):
+        scale = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}[run["time_unit"]]
+        return run["real_time"] * scale
+
+    def series(family, size, item=None, extra=()):
+        item = item or size[:-1]
+        rows = sorted(
+            (args, run) for (fam, args), run in medians.items()
+            if fam == family and args[1:] == tuple(extra))
+        print(f"{family}{''.join('/' + str(e) for e in extra)}:")
+        for args, run in rows:
+            print(f"  {args[0]:>9,} {size}: {per_item_ns(run):9.2f} ns/{item}"
+                  f"   {total_ms(run):10.3f} ms per run")
+        times = [per_item_ns(run) for _, run in rows]
+        return rows, (max(times) / min(times) if times else 0)
+
+    print("-- configuration files (50-character values, every tenth read-only)")
+    rows, spread = series("BM_ConfigRead", "vars")
+    read10k = dict(rows)[(10000,)]
+    print(f"RESULT config read of 10,000 variables: {total_ms(read10k):.2f} ms "
+          f"(goal < 5 ms)")
+    print(f"RESULT config read time per variable, slowest/fastest size "
+          f"100..100,000: {spread:.2f}x (goal <= 2x)")
+    _, spread = series("BM_ConfigWrite", "vars")
+    print(f"  (write: slowest/fastest per variable {spread:.2f}x; a file of "
+          f"100 is mostly creating the file)")
+    _, spread = series("BM_Set", "vars")
+    print(f"  (Set into an empty list: slowest/fastest per variable "
+          f"{spread:.2f}x)")
+
+    print("-- stream writes: log lines, text mode, indentation, checksum")
+    for crc, label in ((0, "additive checksum"), (1, "CRC-32")):
+        rows, _ = series("BM_StreamWrite", "lines", extra=(crc,))
+        for (lines, _), run in rows:
+            fw = medians[("BM_Fwrite", (lines,))]
+            ratio = run["bytes_per_second"] / fw["bytes_per_second"]
+            print(f"RESULT stream ({label}) {lines:,} lines: "
+                  f"{run['bytes_per_second'] / 1e6:.0f} MB/s, fwrite of the "
+                  f"same bytes {fw['bytes_per_second'] / 1e6:.0f} MB/s: "
+                  f"{ratio:.2f} of fwrite (goal >= 0.5)")
+
+    print("-- template expansion (a placeholder about every 40 characters)")
+    _, spread = series("BM_ExpandVarList", "chars", "char")
+    print(f"RESULT expansion against 200 variables, time per character "
+          f"slowest/fastest size: {spread:.2f}x (goal <= 2x)")
+    _, spread = series("BM_FormatItems", "chars", "char")
+    print(f"RESULT format items, time per character slowest/fastest size: "
+          f"{spread:.2f}x (goal <= 2x)")
+
+    print("-- path parsing: paths of growing component count, per character")
+    _, spread = series("BM_PathSet", "components", "char")
+    _, spread2 = series("BM_PathAppend", "components", "char")
+    print(f"  (per character slowest/fastest: set {spread:.2f}x, append "
+          f"{spread2:.2f}x; short paths are mostly fixed cost)")
+
+
+def install(path):
+    times = defaultdict(list)
+    files = {}
+    with open(path) as f:
+        for line in f:
+            product, kind, ms, count = line.split()
+            times[(product, kind)].append(int(ms))
+            files[(product, kind)] = int(count)
+    med = {key: statistics.median(values) for key, values in times.items()}
+    for product in ("1x", "10x"):
+        setup, copy = med[(product, "setup")], med[(product, "copy")]
+        print(f"RESULT install {product}: Setup.exe -s -i {setup:.0f} ms "
+              f"({files[(product, 'setup')]} files installed), plain copy "
+              f"{copy:.0f} ms ({files[(product, 'copy')]} files): "
+              f"{setup / copy:.2f}x the copy (goal <= 1.2x)")
+    for product in ("1x", "10x"):
+        if (product, "setup-nofonts") in med:
+            print(f"  (Setup.exe -s -i -nofonts {product}: "
+                  f"{med[(product, 'setup-nofonts')]:.0f} ms, "
+                  f"{med[(product, 'setup-nofonts')] / med[(product, 'copy')]:.2f}x "
+                  f"the copy)")
+    print(f"RESULT install 10x/1x: {med[('10x', 'setup')] / med[('1x', 'setup')]:.2f}x "
+          f"(goal <= 10.5x); plain copy 10x/1x: "
+          f"{med[('10x', 'copy')] / med[('1x', 'copy')]:.2f}x")
+    print("  runs (ms): " + "; ".join(
+        f"{p} {k} {times[(p, k)]}" for p, k in sorted(times)))
+
+
+if __name__ == "__main__":
+    {"library": library, "install": install}[sys.argv[1]](sys.argv[2])
