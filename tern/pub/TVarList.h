@@ -125,7 +125,8 @@ class CVarList {
   // The list's value, else the first registry search location's.
   bool Lookup(const char* name, CStr& value, bool* readOnly) const;
   template <typename StrT>
-  Int ExpandText(StrT& text, const char* delims) const;
+  Int ExpandText(StrT& text, typename StrT::CharType open,
+                 typename StrT::CharType close) const;
   template <typename StrT>
   Int ExpandPass(StrT& text, typename StrT::CharType open,
                  typename StrT::CharType close, CExpansionBudget& budget) const;

@@ -315,21 +315,34 @@ Int FillTightPlaceholders(StrT& text, typename StrT::CharType open,
   return count;
 }
 
-template <typename StrT, typename ValueOf>
-Int FillByLookup(StrT& text, typename StrT::CharType open,
-                 typename StrT::CharType close, ValueOf valueOf) {
+// Runs `pass` until it replaces nothing or no placeholder can be left; a
+// pass that used up the budget ends the expansion as endless.
+template <typename StrT, typename Pass>
+Int RepeatPasses(StrT& text, typename StrT::CharType open,
+                 typename StrT::CharType close, Pass pass) {
   Int total = 0;
   CExpansionBudget budget = BudgetFor(text.Length());
   while (text.Find(open) >= 0 && text.Find(close) >= 0) {
-    Int replaced = FillTightPlaceholders(text, open, close, valueOf, budget);
+    Int replaced = pass(text, budget);
     total += replaced;
     if (budget.replacements < 0) {
+      // A value that holds its own placeholder, directly or through others,
+      // would be expanded for ever.
       TERN_FAIL("variable expansion does not end");
       break;
     }
     if (replaced == 0) break;
   }
   return total;
+}
+
+template <typename StrT, typename ValueOf>
+Int FillByLookup(StrT& text, typename StrT::CharType open,
+                 typename StrT::CharType close, ValueOf valueOf) {
+  return RepeatPasses(
+      text, open, close, [&](StrT& t, CExpansionBudget& budget) {
+        return FillTightPlaceholders(t, open, close, valueOf, budget);
+      });
 }
 
 void Delimiters(const char* delims, char& open, char& close) {
@@ -345,35 +358,18 @@ void Delimiters(const char* delims, char& open, char& close) {
 }  // namespace
 
 template <typename StrT>
-Int CVarList::ExpandText(StrT& text, const char* delims) const {
-  using Ch = typename StrT::CharType;
-  char o = '<', c = '>';
-  if (delims && Str::Length(delims) == 2) {
-    o = delims[0];
-    c = delims[1];
-  }
-  const Ch open = static_cast<unsigned char>(o);
-  const Ch close = static_cast<unsigned char>(c);
-  Int total = 0;
-  CExpansionBudget budget = BudgetFor(text.Length());
-  while (text.Find(open) >= 0 && text.Find(close) >= 0) {
-    Int replaced = ExpandPass(text, open, close, budget);
-    total += replaced;
-    if (budget.replacements < 0) {
-      // A value that holds its own placeholder, directly or through others,
-      // would be expanded for ever.
-      TERN_FAIL("variable expansion does not end");
-      break;
-    }
-    if (replaced == 0) break;
-  }
-  return total;
+Int CVarList::ExpandText(StrT& text, typename StrT::CharType open,
+                         typename StrT::CharType close) const {
+  return RepeatPasses(text, open, close,
+                      [&](StrT& t, CExpansionBudget& budget) {
+                        return ExpandPass(t, open, close, budget);
+                      });
 }
 
 Int CVarList::Expand(CStr& text, const char* delims) const {
   char open, close;
   Delimiters(delims, open, close);
-  if (!CanExpandByLookup(open, close)) return ExpandText(text, delims);
+  if (!CanExpandByLookup(open, close)) return ExpandText(text, open, close);
   return FillByLookup(
       text, open, close, [this](const char* name, Int len) -> const CStr* {
         const CVar* var = FindInChain(std::string_view(name, len));
@@ -409,7 +405,7 @@ Int CVarList::Expand(CWStr& text, const char* delims) const {
       if (!index.emplace(key, &entry.second).second) byLookup = false;
     }
   }
-  if (!byLookup) return ExpandText(text, delims);
+  if (!byLookup) return ExpandText(text, open, close);
   return FillByLookup(text, open, close,
                       [&index](const char16_t* name, Int len) -> const CWStr* {
                         auto found = index.find(std::u16string_view(name, len));
