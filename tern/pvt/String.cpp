@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "TError.h"
@@ -204,19 +205,29 @@ void CBasicStr<Ch>::Truncate(Int length) {
 
 template <typename Ch>
 Int CBasicStr<Ch>::Find(const Ch* needle, Int start) const {
-  Int needleLen = TextLength(needle);
   if (start < 0) start = 0;
-  for (Int i = start; i + needleLen <= mLen; ++i) {
-    if (std::memcmp(mBuf + i, needle, sizeof(Ch) * needleLen) == 0) return i;
-  }
-  return -1;
+  if (start > mLen) return -1;
+  // The search compares whole texts only where the first character matches.
+  const std::basic_string_view<Ch> text(mBuf, static_cast<std::size_t>(mLen));
+  const std::size_t found =
+      text.find(std::basic_string_view<Ch>(
+                    needle, static_cast<std::size_t>(TextLength(needle))),
+                static_cast<std::size_t>(start));
+  return found == text.npos ? -1 : static_cast<Int>(found);
 }
 
 template <typename Ch>
 Int CBasicStr<Ch>::Find(Ch c, Int start) const {
-  for (Int i = start < 0 ? 0 : start; i < mLen; ++i)
-    if (mBuf[i] == c) return i;
-  return -1;
+  if (start < 0) start = 0;
+  if constexpr (sizeof(Ch) == 1) {
+    if (start >= mLen) return -1;
+    const void* found = std::memchr(mBuf + start, c, mLen - start);
+    return found ? static_cast<Int>(static_cast<const Ch*>(found) - mBuf) : -1;
+  } else {
+    for (Int i = start; i < mLen; ++i)
+      if (mBuf[i] == c) return i;
+    return -1;
+  }
 }
 
 template <typename Ch>

@@ -68,6 +68,39 @@ TEST(String, EditingALockedStringAssertsAndChangesNothing) {
   EXPECT_STREQ("wx", s.Chars());
 }
 
+// The searches at their edges: starts before, at and past the end, an empty
+// needle, a match at the very end, and text after an embedded match of the
+// first character only; the same in UTF-16.
+TEST(String, SearchesAtTheirEdges) {
+  const CStr s("aab<ab>ab");
+  EXPECT_EQ(1, s.Find("ab"));
+  EXPECT_EQ(4, s.Find("ab", 2));
+  EXPECT_EQ(7, s.Find("ab", 5));
+  EXPECT_EQ(-1, s.Find("ab", 8));
+  EXPECT_EQ(1, s.Find("ab", -5));
+  EXPECT_EQ(-1, s.Find("abx"));
+  EXPECT_EQ(-1, s.Find("ab>ab>"));
+  EXPECT_EQ(3, s.Find("<"));
+  EXPECT_EQ(9, s.Find("", 9));
+  EXPECT_EQ(-1, s.Find("", 10));
+  EXPECT_EQ(6, s.Find('>', 3));
+  EXPECT_EQ(-1, s.Find('>', 7));
+  EXPECT_EQ(-1, s.Find('a', 9));
+  EXPECT_EQ(-1, s.Find('a', 99));
+  EXPECT_EQ(0, s.Find('a', -1));
+  EXPECT_EQ(-1, CStr().Find('a'));
+  EXPECT_EQ(-1, CStr().Find("a"));
+
+  const CWStr w(u"aab<ab>ab");
+  EXPECT_EQ(4, w.Find(u"ab", 2));
+  EXPECT_EQ(7, w.Find(u"ab", 5));
+  EXPECT_EQ(-1, w.Find(u"ab", 8));
+  EXPECT_EQ(6, w.Find(u'>', 3));
+  EXPECT_EQ(-1, w.Find(u'<', 4));
+  // A character whose low byte is '<' is not '<'.
+  EXPECT_EQ(-1, CWStr(u"\u013C\u3C00").Find(u'<'));
+}
+
 TEST(String, EditingOperations) {
   CStr s("hello world");
   s.Insert(5, ",");
