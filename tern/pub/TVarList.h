@@ -148,6 +148,8 @@ class CVarList {
   std::vector<CIndexSlot> mIndex;
   // The bytes that occur in any name of the list.
   std::bitset<256> mNameBytes;
+  // The length of the longest name the list has held since it was cleared.
+  Int mLongestName = 0;
   const CVarList* mNext = nullptr;
   std::vector<CSearchLocation> mSearchLocations;
 };

@@ -9,6 +9,7 @@
 #include "TStr.h"
 #include "TStream.h"
 #include "TVarList.h"
+#include "TightPlaceholders.h"
 
 namespace Tern {
 
@@ -68,6 +69,7 @@ void CVarList::Clear() {
   mTail = nullptr;
   mCount = 0;
   mNameBytes.reset();
+  mLongestName = 0;
 }
 
 CVarList::CVar* CVarList::FindVar(std::string_view name) const {
@@ -125,6 +127,7 @@ void CVarList::Set(const char* name, const char* value, bool readOnly) {
     ++mCount;
     AddToIndex(var);
     const CStr& stored = var->name;
+    mLongestName = std::max(mLongestName, stored.Length());
     for (Int i = 0; i < stored.Length(); ++i)
       mNameBytes.set(static_cast<unsigned char>(stored.Chars()[i]));
   } else if (!var->readOnly) {
@@ -267,62 +270,15 @@ const CVarList::CVar* CVarList::FindInChain(std::string_view name) const {
 
 namespace {
 
-// One pass over `text`: every tight placeholder whose name `valueOf` knows is
-// replaced by that value, and the text is built anew once. The placeholders
-// that the inserted values or their joints make are left to the next pass.
-// `budget` holds the replacements still allowed; they end at -1 when one
-// more was due, or when the text grew past its limit.
-template <typename StrT, typename ValueOf>
-Int FillTightPlaceholders(StrT& text, typename StrT::CharType open,
-                          typename StrT::CharType close, ValueOf valueOf,
-                          CExpansionBudget& budget) {
-  using Ch = typename StrT::CharType;
-  const Ch* chars = text.Chars();
-  const Int len = text.Length();
-  StrT out;
-  Int copied = 0, count = 0, grown = len;
-  Int i = 0;
-  while (i < len && budget.replacements >= 0) {
-    if (chars[i] != open) {
-      ++i;
-      continue;
-    }
-    Int j = i + 1;
-    while (j < len && chars[j] != open && chars[j] != close) ++j;
-    if (j >= len) break;
-    if (chars[j] == close && j > i + 1) {
-      if (const StrT* value = valueOf(chars + i + 1, j - i - 1)) {
-        if (budget.replacements <= 0 || grown > budget.maxLength) {
-          budget.replacements = -1;  // one more was due: it would not end
-          break;
-        }
-        --budget.replacements;
-        grown += value->Length() - (j - i + 1);
-        if (count == 0) out.Reserve(len + value->Length());
-        out.Append(chars + copied, i - copied);
-        out.Append(*value);
-        copied = j + 1;
-        ++count;
-      }
-      ++j;
-    }
-    i = j;
-  }
-  if (count > 0) {
-    out.Append(chars + copied, len - copied);
-    text = std::move(out);
-  }
-  return count;
-}
-
 // Runs `pass` until it replaces nothing or no placeholder can be left; a
 // pass that used up the budget ends the expansion as endless.
 template <typename StrT, typename Pass>
 Int RepeatPasses(StrT& text, typename StrT::CharType open,
                  typename StrT::CharType close, Pass pass) {
+  if (text.Find(open) < 0 || text.Find(close) < 0) return 0;
   Int total = 0;
   CExpansionBudget budget = BudgetFor(text.Length());
-  while (text.Find(open) >= 0 && text.Find(close) >= 0) {
+  for (;;) {
     Int replaced = pass(text, budget);
     total += replaced;
     if (budget.replacements < 0) {
@@ -336,12 +292,17 @@ Int RepeatPasses(StrT& text, typename StrT::CharType open,
   return total;
 }
 
+// `longestName` is at least the length of every name `valueOf` knows.
 template <typename StrT, typename ValueOf>
 Int FillByLookup(StrT& text, typename StrT::CharType open,
-                 typename StrT::CharType close, ValueOf valueOf) {
+                 typename StrT::CharType close, Int longestName,
+                 ValueOf valueOf) {
+  std::vector<CTextStretch> look{{0, text.Length()}};
+  StrT spare;
   return RepeatPasses(
       text, open, close, [&](StrT& t, CExpansionBudget& budget) {
-        return FillTightPlaceholders(t, open, close, valueOf, budget);
+        return FillTightPlaceholders(t, open, close, longestName, valueOf, look,
+                                     budget, spare);
       });
 }
 
@@ -370,11 +331,15 @@ Int CVarList::Expand(CStr& text, const char* delims) const {
   char open, close;
   Delimiters(delims, open, close);
   if (!CanExpandByLookup(open, close)) return ExpandText(text, open, close);
-  return FillByLookup(
-      text, open, close, [this](const char* name, Int len) -> const CStr* {
-        const CVar* var = FindInChain(std::string_view(name, len));
-        return var ? &var->value : nullptr;
-      });
+  Int longestName = 0;
+  for (const CVarList* list = this; list; list = list->mNext)
+    longestName = std::max(longestName, list->mLongestName);
+  return FillByLookup(text, open, close, longestName,
+                      [this](const char* name, Int len) -> const CStr* {
+                        const CVar* var =
+                            FindInChain(std::string_view(name, len));
+                        return var ? &var->value : nullptr;
+                      });
 }
 
 // UTF-16 text meets the names through the code page, so the names are
@@ -390,6 +355,7 @@ Int CVarList::Expand(CWStr& text, const char* delims) const {
     count += list->mCount;
   std::vector<std::pair<CWStr, CWStr>> converted;
   std::unordered_map<std::u16string_view, const CWStr*> index;
+  Int longestName = 0;
   if (byLookup) {
     converted.reserve(static_cast<std::size_t>(count));
     index.reserve(static_cast<std::size_t>(count));
@@ -399,6 +365,7 @@ Int CVarList::Expand(CWStr& text, const char* delims) const {
       CWStr name = Str::ToWide(v->name.Chars());
       if (name.Find(open) >= 0 || name.Find(close) >= 0) byLookup = false;
       if (name.IsEmpty()) continue;
+      longestName = std::max(longestName, name.Length());
       converted.emplace_back(std::move(name), Str::ToWide(v->value.Chars()));
       const auto& entry = converted.back();
       std::u16string_view key(entry.first.Chars(), entry.first.Length());
@@ -406,7 +373,7 @@ Int CVarList::Expand(CWStr& text, const char* delims) const {
     }
   }
   if (!byLookup) return ExpandText(text, open, close);
-  return FillByLookup(text, open, close,
+  return FillByLookup(text, open, close, longestName,
                       [&index](const char16_t* name, Int len) -> const CWStr* {
                         auto found = index.find(std::u16string_view(name, len));
                         return found == index.end() ? nullptr : found->second;

@@ -1,3 +1,4 @@
+#include <random>
 #include <string>
 
 #include "TStr.h"
@@ -280,6 +281,54 @@ TEST(VarList, ExpansionWithManyVariablesAndPlaceholders) {
   EXPECT_EQ(fast.count, passes.Expand(wideSlow));
   EXPECT_TRUE(wide == wideSlow);
   EXPECT_TRUE(wide == Str::ToWide(fast.text.Chars()));
+}
+
+// Texts and values made of a few names and delimiters, so that values build
+// placeholders with the text around them, with each other and across passes,
+// and some expansions run into their limits. Filling by lookup looks only
+// around what the last pass put in; it must still find what the full passes
+// find.
+TEST(VarList, ExpansionByLookupMatchesThePassesOnRandomTexts) {
+  std::mt19937 random(20261122);
+  const char* const pieces[] = {"<",    ">", "[", "]",   "A",   "B",
+                                "Long", "x", " ", "<A>", "[B]", "<Long>"};
+  auto randomText = [&](int maxPieces) {
+    std::string text;
+    const int n = static_cast<int>(random() % (maxPieces + 1));
+    for (int i = 0; i < n; ++i) text += pieces[random() % 12];
+    return text;
+  };
+  int limited = 0, severalPasses = 0;
+  for (int round = 0; round < 3000; ++round) {
+    CVarList lookup, passes;
+    for (const char* name : {"A", "B", "Long", "ALong", "x"}) {
+      if (random() % 4 == 0) continue;
+      const std::string value = randomText(6);
+      lookup.Set(name, value.c_str());
+      passes.Set(name, value.c_str());
+    }
+    AddPassMarker(passes);
+    const std::string text = randomText(12);
+    const char* delims = random() % 2 ? nullptr : "[]";
+    TestSupport::ReportingAssertions reporting;
+    Expanded fast = ExpandWith(lookup, text.c_str(), delims);
+    Expanded slow = ExpandWith(passes, text.c_str(), delims);
+    CWStr wide = Str::ToWide(text.c_str());
+    ASSERT_EQ(fast.count, lookup.Expand(wide, delims)) << text;
+    ASSERT_TRUE(wide == Str::ToWide(fast.text.Chars())) << text;
+    if (fast.count >= 1000 || fast.text.Length() >= 1 << 16) {
+      // Cut short: the two stop in different places, both at the limits.
+      EXPECT_TRUE(slow.count >= 1000 || slow.text.Length() >= 1 << 16);
+      ++limited;
+      continue;
+    }
+    ASSERT_STREQ(slow.text.Chars(), fast.text.Chars()) << text;
+    ASSERT_EQ(slow.count, fast.count) << text;
+    if (fast.count > 1) ++severalPasses;
+  }
+  // Many ran into the limits, and many more took several replacements.
+  EXPECT_GT(limited, 100);
+  EXPECT_GT(severalPasses, 200);
 }
 
 TEST(VarList, ExpansionOfAChainWithANameTwice) {
