@@ -24,7 +24,10 @@ printf '%-10s %14s %8s %9s\n' target executions seconds findings
 for name in "${targets[@]}"; do
   corpus="$work/corpus/$name" findings="$work/findings/$name"
   mkdir -p "$corpus" "$findings"
+  # Each run writes its own log, which then replaces the last one, so that a
+  # short run beside a long one (CI during a long run) leaves both whole.
   log="$work/fuzz_$name.log"
+  runlog="$log.$$"
   start=$(date +%s)
   set +e
   # The targets report their internal errors on stderr and carry on;
@@ -32,9 +35,10 @@ for name in "${targets[@]}"; do
   ASAN_OPTIONS=detect_leaks=1 nice -n 15 "$work/fuzz/fuzz_$name" \
     -max_total_time="$seconds" ${FUZZ_RUNS:+-runs=$FUZZ_RUNS} -timeout=10 -rss_limit_mb=2048 \
     -print_final_stats=1 -close_fd_mask=2 -artifact_prefix="$findings/" \
-    "$corpus" "fuzz/corpus/$name" >"$log" 2>&1
+    "$corpus" "fuzz/corpus/$name" >"$runlog" 2>&1
   code=$?
   set -e
+  mv -f "$runlog" "$log"
   elapsed=$(($(date +%s) - start))
   runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
   found=$(find "$findings" -type f | wc -l)
