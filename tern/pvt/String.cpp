@@ -1,6 +1,5 @@
 #include <cstdlib>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 #include "TError.h"
@@ -203,31 +202,59 @@ void CBasicStr<Ch>::Truncate(Int length) {
   if (length >= 0 && length < mLen) Remove(length, mLen - length);
 }
 
+namespace {
+
+// The first `c` in [from, end), or null. memchr finds the candidates by the
+// character's first byte in memory; for UTF-16 text a candidate that is not
+// at the start of a unit, or whose other byte differs, is passed over.
+const char* FindChar(const char* from, const char* end, char c) {
+  return static_cast<const char*>(
+      std::memchr(from, c, static_cast<std::size_t>(end - from)));
+}
+
+const char16_t* FindChar(const char16_t* from, const char16_t* end,
+                         char16_t c) {
+  unsigned char firstByte;
+  std::memcpy(&firstByte, &c, 1);
+  const auto* base = reinterpret_cast<const unsigned char*>(from);
+  const auto* stop = reinterpret_cast<const unsigned char*>(end);
+  for (const unsigned char* p = base; p < stop; ++p) {
+    p = static_cast<const unsigned char*>(
+        std::memchr(p, firstByte, static_cast<std::size_t>(stop - p)));
+    if (!p) return nullptr;
+    const std::size_t offset = static_cast<std::size_t>(p - base);
+    if (offset % sizeof(char16_t) == 0 && from[offset / 2] == c)
+      return from + offset / 2;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+// Whole texts are compared only where the first character matches.
 template <typename Ch>
 Int CBasicStr<Ch>::Find(const Ch* needle, Int start) const {
   if (start < 0) start = 0;
   if (start > mLen) return -1;
-  // The search compares whole texts only where the first character matches.
-  const std::basic_string_view<Ch> text(mBuf, static_cast<std::size_t>(mLen));
-  const std::size_t found =
-      text.find(std::basic_string_view<Ch>(
-                    needle, static_cast<std::size_t>(TextLength(needle))),
-                static_cast<std::size_t>(start));
-  return found == text.npos ? -1 : static_cast<Int>(found);
+  const Int needleLen = TextLength(needle);
+  if (needleLen == 0) return start;
+  if (needleLen > mLen - start) return -1;
+  const Ch* const last = mBuf + mLen - needleLen;  // the last place it fits
+  for (const Ch* p = mBuf + start; p <= last; ++p) {
+    p = FindChar(p, last + 1, needle[0]);
+    if (!p) return -1;
+    if (std::memcmp(p, needle, sizeof(Ch) * needleLen) == 0)
+      return static_cast<Int>(p - mBuf);
+  }
+  return -1;
 }
 
 template <typename Ch>
 Int CBasicStr<Ch>::Find(Ch c, Int start) const {
   if (start < 0) start = 0;
-  if constexpr (sizeof(Ch) == 1) {
-    if (start >= mLen) return -1;
-    const void* found = std::memchr(mBuf + start, c, mLen - start);
-    return found ? static_cast<Int>(static_cast<const Ch*>(found) - mBuf) : -1;
-  } else {
-    for (Int i = start; i < mLen; ++i)
-      if (mBuf[i] == c) return i;
-    return -1;
-  }
+  if (start >= mLen) return -1;
+  const Ch* found = FindChar(mBuf + start, mBuf + mLen, c);
+  return found ? static_cast<Int>(found - mBuf) : -1;
 }
 
 template <typename Ch>

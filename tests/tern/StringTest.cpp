@@ -99,6 +99,12 @@ TEST(String, SearchesAtTheirEdges) {
   EXPECT_EQ(-1, w.Find(u'<', 4));
   // A character whose low byte is '<' is not '<'.
   EXPECT_EQ(-1, CWStr(u"\u013C\u3C00").Find(u'<'));
+  const CWStr mixed(u"\u3C00\u013C<\u3C3C<a");
+  EXPECT_EQ(2, mixed.Find(u'<'));
+  EXPECT_EQ(4, mixed.Find(u'<', 3));
+  EXPECT_EQ(4, mixed.Find(u"<a"));
+  EXPECT_EQ(3, mixed.Find(u"\u3C3C"));
+  EXPECT_EQ(-1, mixed.Find(u"a<"));
 }
 
 TEST(String, EditingOperations) {
