@@ -50,6 +50,9 @@ class CBasicStr {
   void Append(Ch c) { Append(&c, 1); }
   void Insert(Int pos, const Ch* text, Int len = -1);
   void Remove(Int start, Int count);
+  // The `count` characters at `start` give way to `text`, with one move of
+  // what follows them.
+  void Replace(Int start, Int count, const Ch* text, Int len = -1);
   void Truncate(Int length);
 
   // Index of the first occurrence at or after `start`, or -1.

@@ -186,6 +186,28 @@ void CBasicStr<Ch>::Insert(Int pos, const Ch* text, Int len) {
 }
 
 template <typename Ch>
+void CBasicStr<Ch>::Replace(Int start, Int count, const Ch* text, Int len) {
+  if (!CheckUnlocked()) return;
+  TERN_ASSERT((start >= 0) && (start <= mLen));
+  if (start < 0 || start > mLen) return;
+  if (count < 0) count = 0;
+  if (count > mLen - start) count = mLen - start;
+  if (len < 0) len = TextLength(text);
+  // `text` may point into our own buffer, which the move changes: copy it.
+  CBasicStr copy;
+  if (len > 0 && text >= mBuf && text <= mBuf + mLen && mBuf != cEmpty) {
+    copy.Assign(text, len);
+    text = copy.mBuf;
+  }
+  Grow(mLen - count + len);
+  std::memmove(mBuf + start + len, mBuf + start + count,
+               sizeof(Ch) * (mLen - start - count));
+  if (len > 0) std::memcpy(mBuf + start, text, sizeof(Ch) * len);
+  mLen += len - count;
+  if (mBuf != cEmpty) mBuf[mLen] = 0;
+}
+
+template <typename Ch>
 void CBasicStr<Ch>::Remove(Int start, Int count) {
   if (!CheckUnlocked()) return;
   TERN_ASSERT((start >= 0) && (start <= mLen));

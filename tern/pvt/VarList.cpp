@@ -26,8 +26,7 @@ void FillOnce(CStr& text, const char* name, const CStr& value) {
   placeholder += '>';
   for (Int pos = text.Find(placeholder.Chars()); pos >= 0;
        pos = text.Find(placeholder.Chars(), pos + value.Length())) {
-    text.Remove(pos, placeholder.Length());
-    text.Insert(pos, value.Chars(), value.Length());
+    text.Replace(pos, placeholder.Length(), value.Chars(), value.Length());
   }
 }
 
@@ -223,8 +222,7 @@ Int CVarList::ExpandPass(StrT& text, typename StrT::CharType open,
           }
           --budget.replacements;
           Int start = pos - 1;
-          text.Remove(start, nameLen + 2);
-          text.Insert(start, value.Chars(), value.Length());
+          text.Replace(start, nameLen + 2, value.Chars(), value.Length());
           ++count;
           pos = text.Find(name.Chars(), start + 1);
         } else {

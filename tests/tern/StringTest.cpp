@@ -116,6 +116,21 @@ TEST(String, EditingOperations) {
   s.Insert(0, s.Chars() + 3);  // inserting a part of itself
   EXPECT_STREQ("ldworld", s.Chars());
   EXPECT_EQ(2, s.Find("wor"));
+  {
+    CStr r("a<name>b");
+    r.Replace(1, 6, "value");
+    EXPECT_STREQ("avalueb", r.Chars());
+    r.Replace(1, 5, "V");
+    EXPECT_STREQ("aVb", r.Chars());
+    r.Replace(3, 9, r.Chars());  // at the end, a copy of itself
+    EXPECT_STREQ("aVbaVb", r.Chars());
+    r.Replace(0, 99, "");
+    EXPECT_STREQ("", r.Chars());
+    EXPECT_ASSERTION(r.Replace(1, 0, "x"), "(start >= 0) && (start <= mLen)");
+    CWStr w(u"<A><A>");
+    w.Replace(3, 3, u"long value");
+    EXPECT_TRUE(w == u"<A>long value");
+  }
   EXPECT_EQ(-1, s.Find("xyz"));
   EXPECT_EQ(6, s.Find('d', 2));
   EXPECT_STREQ("wor", s.Mid(2, 3).Chars());
