@@ -3,6 +3,8 @@
 # and prints per target the executions, the time and the findings.
 #   scripts/fuzz.sh [SECONDS] [TARGET...]
 # FUZZ_RUNS=N ends a target after N executions when that comes first.
+# FUZZ_JOBS=N fuzzes each target in N processes at once (libFuzzer's -fork);
+# the executions printed are then those of all of them.
 # Each target starts from its seed corpus (fuzz/corpus/<name>) and keeps
 # what it finds in build/fuzz/corpus/<name>; crashes, leaks, timeouts and
 # out-of-memory inputs go to build/fuzz/findings/<name>. The exit status is 1
@@ -33,14 +35,15 @@ for name in "${targets[@]}"; do
   # The targets report their internal errors on stderr and carry on;
   # -close_fd_mask=2 keeps that quiet while libFuzzer's own reports stay.
   ASAN_OPTIONS=detect_leaks=1 nice -n 15 "$work/fuzz/fuzz_$name" \
-    -max_total_time="$seconds" ${FUZZ_RUNS:+-runs=$FUZZ_RUNS} -timeout=10 -rss_limit_mb=2048 \
+    -max_total_time="$seconds" ${FUZZ_RUNS:+-runs=$FUZZ_RUNS} ${FUZZ_JOBS:+-fork=$FUZZ_JOBS} -timeout=10 -rss_limit_mb=2048 \
     -print_final_stats=1 -close_fd_mask=2 -artifact_prefix="$findings/" \
     "$corpus" "fuzz/corpus/$name" >"$runlog" 2>&1
   code=$?
   set -e
   mv -f "$runlog" "$log"
   elapsed=$(($(date +%s) - start))
-  runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
+  runs=$(sed -n -e 's/^stat::number_of_executed_units: *//p' \
+    -e 's/^INFO: fuzzed for \([0-9]*\) iterations.*/\1/p' "$log" | tail -n 1)
   found=$(find "$findings" -type f | wc -l)
   printf '%-10s %14s %8s %9s\n' "$name" "${runs:-?}" "$elapsed" "$found"
   if [ "$code" -ne 0 ] || [ "$found" -ne 0 ]; then
