@@ -116,16 +116,22 @@ TEST(Faults, TwoRunsStartedTogether) {
   SourceFolder source;
   source.Standard();
   ChildProcess first(source.SetupExe(), "-s -i");
+  // A silent install takes a fraction of a second: on a busy machine the
+  // second could start after the first has ended. So the first is held once
+  // it owns the single-instance lock, and let go when the second is done.
+  ASSERT_TRUE(TestSupport::WaitForMutex("ORV:ZendraSetup"));
+  first.Pause();
   ChildProcess second(source.SetupExe(), "-s -i");
   // The one that comes second says so even in a silent run, before it
   // knows it is one.
-  HWND box = TestSupport::WaitForAnyWindow("Zendra Setup", 60000);
+  HWND box = second.WaitForDialog("Zendra Setup", 60000);
   ASSERT_NE(nullptr, box);
   EXPECT_EQ("Zendra Setup is already running.",
             TestSupport::MessageBoxText(box));
   TestSupport::ClickControl(box, IDOK);
-  EXPECT_EQ(0, first.WaitForExit(120000));
   EXPECT_EQ(0, second.WaitForExit(120000));
+  first.Resume();
+  EXPECT_EQ(0, first.WaitForExit(120000));
   // One of them installed; the other turned away before opening a log.
   EXPECT_TRUE(
       Contains(ReadLog("Zendra Install 1.log"), "Installation successful!"));

@@ -27,6 +27,10 @@ class ChildProcess {
   // Whether any visible top-level window of the process was seen while
   // waiting for it.
   bool EverShowedWindow() const { return mSawWindow; }
+  // Holds the process's main thread, and lets it go on: a run held in the
+  // middle stays running however busy the machine is.
+  void Pause() { ::SuspendThread(mInfo.hThread); }
+  void Resume() { ::ResumeThread(mInfo.hThread); }
 
  private:
   HWND FindVisibleWindow(const char* caption) const;
@@ -34,6 +38,10 @@ class ChildProcess {
   PROCESS_INFORMATION mInfo = {};
   bool mSawWindow = false;
 };
+
+// Whether some process holds the named mutex, waiting up to `timeoutMs`
+// for one to create it.
+bool WaitForMutex(const char* name, DWORD timeoutMs = 20000);
 
 // The first visible top-level window of any process with that caption,
 // waiting up to `timeoutMs`; for windows of a process started by another.
