@@ -209,14 +209,7 @@ void CBasicStr<Ch>::Replace(Int start, Int count, const Ch* text, Int len) {
 
 template <typename Ch>
 void CBasicStr<Ch>::Remove(Int start, Int count) {
-  if (!CheckUnlocked()) return;
-  TERN_ASSERT((start >= 0) && (start <= mLen));
-  if (start < 0 || start > mLen || count <= 0) return;
-  if (count > mLen - start) count = mLen - start;
-  std::memmove(mBuf + start, mBuf + start + count,
-               sizeof(Ch) * (mLen - start - count));
-  mLen -= count;
-  if (mBuf != cEmpty) mBuf[mLen] = 0;
+  Replace(start, count, nullptr, 0);
 }
 
 template <typename Ch>
@@ -245,8 +238,8 @@ const char16_t* FindChar(const char16_t* from, const char16_t* end,
         std::memchr(p, firstByte, static_cast<std::size_t>(stop - p)));
     if (!p) return nullptr;
     const std::size_t offset = static_cast<std::size_t>(p - base);
-    if (offset % sizeof(char16_t) == 0 && from[offset / 2] == c)
-      return from + offset / 2;
+    if (offset % sizeof(char16_t) == 0 && from[offset / sizeof(char16_t)] == c)
+      return from + offset / sizeof(char16_t);
   }
   return nullptr;
 }
