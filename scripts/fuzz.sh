@@ -43,7 +43,7 @@ for name in "${targets[@]}"; do
   mv -f "$runlog" "$log"
   elapsed=$(($(date +%s) - start))
   runs=$(sed -n -e 's/^stat::number_of_executed_units: *//p' \
-    -e 's/^INFO: fuzzed for \([0-9]*\) iterations.*/\1/p' "$log" | tail -n 1)
+    -e 's/^#\([0-9]*\): cov:.*/\1/p' "$log" | tail -n 1)
   found=$(find "$findings" -type f | wc -l)
   printf '%-10s %14s %8s %9s\n' "$name" "${runs:-?}" "$elapsed" "$found"
   if [ "$code" -ne 0 ] || [ "$found" -ne 0 ]; then
