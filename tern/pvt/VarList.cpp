@@ -268,8 +268,8 @@ const CVarList::CVar* CVarList::FindInChain(std::string_view name) const {
 
 namespace {
 
-// Runs `pass` until it replaces nothing or no placeholder can be left; a
-// pass that used up the budget ends the expansion as endless.
+// Runs `pass` until it replaces nothing (not at all when the text lacks a
+// delimiter); a pass that used up the budget ends the expansion as endless.
 template <typename StrT, typename Pass>
 Int RepeatPasses(StrT& text, typename StrT::CharType open,
                  typename StrT::CharType close, Pass pass) {

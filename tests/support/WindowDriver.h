@@ -27,10 +27,6 @@ class ChildProcess {
   // Whether any visible top-level window of the process was seen while
   // waiting for it.
   bool EverShowedWindow() const { return mSawWindow; }
-  // Holds the process's main thread, and lets it go on: a run held in the
-  // middle stays running however busy the machine is.
-  void Pause() { ::SuspendThread(mInfo.hThread); }
-  void Resume() { ::ResumeThread(mInfo.hThread); }
 
  private:
   HWND FindVisibleWindow(const char* caption) const;
