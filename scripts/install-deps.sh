@@ -2,6 +2,7 @@
 # Installs everything the build and the tests need from Debian's packages.
 # Idempotent: a machine that already has every package does no apt work at all.
 set -euo pipefail
+here=$(dirname "$0")
 
 packages=(
   cmake make ninja-build g++ clang-format
@@ -19,6 +20,10 @@ packages=(
 sudo_if_needed() {
   if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
+
+# First make sure 32-bit programs run (Wine's 32-bit half and its install
+# scripts need that); where the kernel can't, an emulator is registered.
+if [ "$(id -u)" -eq 0 ]; then bash "$here/i386.sh" ensure; else sudo bash "$here/i386.sh" ensure; fi
 
 missing=()
 for p in "${packages[@]}"; do

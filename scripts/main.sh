@@ -8,6 +8,7 @@ cd "$top"
 
 if [ "${1:-}" != --on-display ]; then
   bash scripts/install-deps.sh
+  echo "== 32-bit programs run $(bash scripts/i386.sh mode) =="
   bash scripts/build.sh win
   # Every Wine command of the job shares one virtual display.
   exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" --on-display

@@ -7,6 +7,7 @@ top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 
 bash scripts/install-deps.sh
+echo "== 32-bit programs run $(bash scripts/i386.sh mode) =="
 bash scripts/build.sh native
 bash scripts/build.sh win
 
