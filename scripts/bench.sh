@@ -104,7 +104,14 @@ install_bench() {
   tests/support/wine-prefix.sh "$bench/wine-template" --template
   local one="$top/build/release/sample" ten="$bench/sample-10x"
   make_tenfold "$one" "$ten"
+  local mode
+  mode=$(bash scripts/i386.sh mode)
   echo "== Install benchmark (Wine, fresh prefixes; median of ${REPS:-3} runs) =="
+  echo "32-bit programs ran $mode"
+  if [ "$mode" != natively ]; then
+    echo "(every installer ran emulated alike: the ratios compare like with like," \
+      "the absolute times are not those of a machine that runs 32-bit code natively)"
+  fi
   echo "product files: 1x $(find "$one" -type f | wc -l), 10x $(find "$ten" -type f | wc -l)"
   local results="$bench/install.txt"
   : >"$results"
