@@ -1,5 +1,10 @@
 #include "InstallLocation.h"
 
+#include <windows.h>
+
+#include <cctype>
+#include <cstring>
+
 #include "InstallLog.h"
 #include "Setup.h"
 #include "TRegistry_Win.h"
@@ -104,6 +109,52 @@ void CZendraSetupApp::DetectInstalledCopy() {
   }
   LogText(IsInstalled() ? "Zendra already installed.\n"
                         : "Zendra not installed.\n");
+}
+
+namespace {
+
+bool SameFolder(const CPath& a, const CPath& b) {
+  return ::lstrcmpiA(a.OSToPathString().Chars(), b.OSToPathString().Chars()) ==
+         0;
+}
+
+// "Zendra" or a numbered "Zendra001" ... as the install names its folders.
+bool IsInstallFolderName(const CStr& name) {
+  if (::_strnicmp(name.Chars(), "Zendra", 6) != 0) return false;
+  const char* number = name.Chars() + 6;
+  auto digit = [](char c) {
+    return std::isdigit(static_cast<unsigned char>(c));
+  };
+  return *number == '\0' || (std::strlen(number) == 3 && digit(number[0]) &&
+                             digit(number[1]) && digit(number[2]));
+}
+
+}  // namespace
+
+// A removal runs from the installed copy's folder, where one was detected;
+// otherwise from one of the folders an install would have used.
+bool CZendraSetupApp::RunsFromInstalledFolder() {
+  CPath installed = mInstallDir, server;
+  const bool detected =
+      !mInstalledServerPath.IsEmpty() &&
+      Tern::Succeeded(server.Set(mInstalledServerPath.Chars())) &&
+      Tern::Succeeded(server.GetComponent(CPath::ctDir, installed));
+  bool same = SameFolder(mSetupDir, installed);
+  if (!same && !detected) {
+    CPath parent;
+    CStr name;
+    same = Tern::Succeeded(mSetupDir.GetComponent(CPath::ctDir, parent)) &&
+           SameFolder(parent, mMakerDir) &&
+           Tern::Succeeded(mSetupDir.GetComponentString(CPath::ctFile, name)) &&
+           IsInstallFolderName(name);
+  }
+  if (same) return true;
+  CStr why;
+  why.Format(
+      "Setup.exe runs from '%s', not from Zendra's installed folder '%s': "
+      "nothing is removed",
+      mSetupDir.OSToPathString().Chars(), installed.OSToPathString().Chars());
+  return LogStep(false, why.Chars());
 }
 
 void CZendraSetupApp::SetInstallDir(const CPath& dir) {

@@ -239,15 +239,21 @@ void CZendraSetupApp::RemovalSequence() {
     NoPermission("remove");
     return;
   }
-  if (OpenLogAndPrepare("Zendra Uninstall.log", false)) {
-    SetInstallDir(mSetupDir);  // Setup runs from the installed folder
+  if (!OpenLogAndPrepare("Zendra Uninstall.log", false)) {
+    FailureMessage(cRemovalFailed);
+    return;
+  }
+  // The removal empties the folder it runs from: anywhere but the installed
+  // folder that would destroy files that are not the product's.
+  if (RunsFromInstalledFolder()) {
+    SetInstallDir(mSetupDir);
     NoteMissingConfiguration();
     if (RemoveProduct(*this)) {
       MessageDialog(cRemoved, mkPlain);
       return;
     }
-    SetExitCode(exitFailure);
   }
+  SetExitCode(exitFailure);
   FailureMessage(cRemovalFailed);
 }
 

@@ -113,6 +113,7 @@ class CZendraSetupApp : public Tern::CGUIApplication {
   bool ReadSetupVersion();
   bool InitInstallDirs();
   void DetectInstalledCopy();
+  bool RunsFromInstalledFolder();
   bool FindNewInstallDir();
   bool InternetExplorerIsRecentEnough() const;
   void ShowSuccess();

@@ -3,6 +3,8 @@
 // that is killed, two runs at once, files held open or read-only. None may
 // hang or crash, and a second run after the cause is gone must succeed.
 #include <windows.h>
+// After windows.h:
+#include <tlhelp32.h>
 
 #include <filesystem>
 #include <string>
@@ -51,6 +53,28 @@ void FillDrive(const std::string& junk, unsigned long long keep) {
     written += done;
   }
   ::CloseHandle(file);
+}
+
+bool ProcessRunning(const char* exeName) {
+  HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+  PROCESSENTRY32 entry = {};
+  entry.dwSize = sizeof entry;
+  bool found = false;
+  for (BOOL more = ::Process32First(snapshot, &entry); more && !found;
+       more = ::Process32Next(snapshot, &entry))
+    found = ::lstrcmpiA(entry.szExeFile, exeName) == 0;
+  ::CloseHandle(snapshot);
+  return found;
+}
+
+// Names and sizes of every file below `dir`.
+std::string Listing(const std::string& dir) {
+  std::string listing;
+  for (const auto& entry : fs::recursive_directory_iterator(dir))
+    listing += entry.path().string() + " " +
+               std::to_string(entry.is_regular_file() ? entry.file_size() : 0) +
+               "\n";
+  return listing;
 }
 
 }  // namespace
@@ -166,4 +190,34 @@ TEST(Faults, FilesHeldOpenOrReadOnlyDuringARemoval) {
   EXPECT_FALSE(FileExists(cInstallDir + "\\Setup.exe"));
   EXPECT_TRUE(FileExists(bho));
   ::CloseHandle(held);
+}
+
+// The product on a CD: it installs from there, but a removal started there
+// is not started from the installed folder, so it touches nothing at all,
+// on the drive or on the machine, and leaves no batch file running.
+TEST(Faults, ARemovalStartedOnReadOnlyMediaTouchesNothing) {
+  const std::string drive = "R:\\";
+  if (::GetDriveTypeA(drive.c_str()) == DRIVE_NO_ROOT_DIR)
+    GTEST_SKIP() << "no read-only drive R: (run-fresh.sh mounts it as root)";
+  ActionsTest::InstallBrowserStandIn();
+  ChildProcess install(drive + "Setup.exe", "-s -i");
+  ASSERT_EQ(0, install.WaitForExit(60000));
+  const std::string media = Listing(drive);
+
+  ChildProcess removal(drive + "Setup.exe", "-s -u");
+  EXPECT_EQ(1, removal.WaitForExit(60000));
+  const std::string log = ReadLog("Zendra Uninstall.log");
+  EXPECT_TRUE(Contains(log,
+                       "Failure: Setup.exe runs from 'R:\\', not from "
+                       "Zendra's installed folder '" +
+                           cInstallDir + "': nothing is removed\r\n"))
+      << log;
+  EXPECT_TRUE(Contains(log, "Zendra removal failed!"));
+  EXPECT_FALSE(Contains(log, "Start: Remove"));
+  EXPECT_EQ(media, Listing(drive));
+  EXPECT_TRUE(FileExists(cInstallDir + "\\Setup.exe"));
+  EXPECT_FALSE(ProcessRunning("cmd.exe"));
+  // The installed copy still removes itself.
+  ChildProcess real(cInstallDir + "\\Setup.exe", "-s -u");
+  EXPECT_EQ(0, real.WaitForExit(60000));
 }

@@ -26,6 +26,9 @@ const std::string cInstallDir = "C:\\Program Files (x86)\\Orvane\\Zendra";
 const std::string cInstalledSetup = cInstallDir + "\\Setup.exe";
 const char cUninstallLog[] = "Zendra Uninstall.log";
 const char cProductClass[] = "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+const char cUninstallKey[] =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
+    "{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
 const char cWordStartup[] =
     "C:\\Program Files (x86)\\Microsoft Office\\Office16\\Startup";
 
@@ -90,10 +93,7 @@ TEST(RealRemoval, RemovalUndoesTheInstallAndDeletesItself) {
   EXPECT_FALSE(FileExists(TempDir() + "Zendra.ovc"));
 
   EXPECT_FALSE(KeyExists32(HKEY_CLASSES_ROOT, cProductClass));
-  EXPECT_FALSE(
-      KeyExists32(HKEY_LOCAL_MACHINE,
-                  "Software\\Microsoft\\Windows\\CurrentVersion\\"
-                  "Uninstall\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}"));
+  EXPECT_FALSE(KeyExists32(HKEY_LOCAL_MACHINE, cUninstallKey));
   EXPECT_FALSE(ActionsTest::ReadValue(
                    HKEY_LOCAL_MACHINE,
                    "SOFTWARE\\Microsoft\\Internet Explorer\\XMLNamespace",
@@ -141,27 +141,43 @@ TEST(RealRemoval, WinesUninstallerRunsTheUninstallString) {
   EXPECT_FALSE(Contains(ReadText(listing), "Zendra"));
 }
 
-TEST(RealRemoval, AnInstallFolderThatIsGoneIsReportedAndTheRestRemoved) {
+// Setup.exe started anywhere but the installed folder (a copy in the
+// user's downloads, beside the user's own work) removes nothing: a removal
+// empties the folder it runs from. Put back into the installed folder that
+// someone emptied, it removes the rest and counts what was missing.
+TEST(RealRemoval, OnlyTheInstalledFolderRemovesEvenWhenItWasEmptied) {
   SourceFolder source;
   source.Standard();
   Install(source);
-  // Someone deleted the product's folder and runs a kept copy of Setup.
-  SourceFolder kept("Kept Setup");
-  ASSERT_TRUE(ActionsTest::CopyInto(cInstalledSetup, kept.SetupExe()));
+  SourceFolder downloads("Downloads");
+  const std::string thesis = downloads.Dir() + "\\thesis.docx";
+  ActionsTest::WriteText(thesis, "the user's work");
+  ASSERT_TRUE(ActionsTest::CopyInto(cInstalledSetup, downloads.SetupExe()));
   ASSERT_TRUE(ActionsTest::CopyInto(cInstallDir + "\\Zendra.ovc",
-                                    kept.Dir() + "\\Zendra.ovc"));
-  TestSupport::RemoveTree(cInstallDir);
-  ASSERT_FALSE(FileExists(cInstalledSetup));
+                                    downloads.Dir() + "\\Zendra.ovc"));
 
-  EXPECT_EQ(1, RunSetup(kept, "-s -u"));
-  const std::string log = ReadLog(cUninstallLog);
+  EXPECT_EQ(1, RunSetup(downloads, "-s -u"));
+  std::string log = ReadLog(cUninstallLog);
+  EXPECT_TRUE(Contains(log, "Failure: Setup.exe runs from '" + downloads.Dir() +
+                                "', not from Zendra's installed folder '" +
+                                cInstallDir + "': nothing is removed\r\n"))
+      << log;
+  EXPECT_TRUE(Contains(log, "Zendra removal failed!"));
+  EXPECT_EQ("the user's work", ReadText(thesis));
+  EXPECT_TRUE(FileExists(downloads.SetupExe()));
+  EXPECT_TRUE(KeyExists32(HKEY_LOCAL_MACHINE, cUninstallKey));
+  EXPECT_TRUE(KeyExists32(HKEY_CLASSES_ROOT, cProductClass));
+
+  TestSupport::RemoveTree(cInstallDir);
+  ActionsTest::MakeFolder(cInstallDir);
+  ASSERT_TRUE(ActionsTest::CopyInto(downloads.SetupExe(), cInstalledSetup));
+  EXPECT_EQ(1, RunInstalledSetup("-s -u"));
+  log = ReadLog(cUninstallLog);
   EXPECT_EQ(5, Count(log, "Failure (E_NotFound, 0x80000202): Load DLL")) << log;
   EXPECT_TRUE(Contains(log, "Zendra removal failed!"));
-  EXPECT_FALSE(
-      KeyExists32(HKEY_LOCAL_MACHINE,
-                  "Software\\Microsoft\\Windows\\CurrentVersion\\"
-                  "Uninstall\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}"));
-  EXPECT_TRUE(WaitUntilGone(kept.Dir()));
+  EXPECT_FALSE(KeyExists32(HKEY_LOCAL_MACHINE, cUninstallKey));
+  EXPECT_TRUE(WaitUntilGone(cInstallDir));
+  EXPECT_TRUE(FileExists(thesis));
 }
 
 TEST(RealRemoval, AnInteractiveRemovalSaysSo) {
@@ -210,18 +226,20 @@ TEST(RealRemoval, RemovalsShareOneLog) {
   source.Standard();
   Install(source);
   EXPECT_EQ(0, RunInstalledSetup("-s -u"));
-  // A second removal right after the first, with nothing left to remove.
+  // A second removal right after the first, from the source folder: with
+  // nothing installed, only the install folder could remove.
   EXPECT_EQ(1, RunSetup(source, "-s -verbose -u"));
   const std::string log = ReadLog(cUninstallLog);
   EXPECT_FALSE(Contains(log, "from an earlier removal"));
   EXPECT_EQ(1, Count(log, "Zendra log started"));
   EXPECT_TRUE(Contains(log, "Dumping global variables")) << log;
-  EXPECT_TRUE(
-      Contains(log, "Installation directory = '" + source.Dir() + "'."));
+  EXPECT_TRUE(Contains(log, "Setup.exe runs from '" + source.Dir() +
+                                "', not from Zendra's installed folder '" +
+                                cInstallDir + "'"));
   EXPECT_TRUE(Contains(log, "Zendra removal failed!"));
   EXPECT_EQ(1u, LogFiles().size() - 1) << "one install log, one removal log";
   EXPECT_TRUE(WaitUntilGone(cInstallDir));
-  EXPECT_TRUE(WaitUntilGone(source.Dir()));
+  EXPECT_TRUE(FileExists(source.SetupExe()));
 }
 
 TEST(RealRemoval, ProtocolHandlerRemovalWithoutTheProductDeletesItsFolder) {

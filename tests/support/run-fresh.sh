@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs one test case in a fresh prefix cloned from the template:
-#   run-fresh.sh [--locked-folders] [--small-drive] TEMPLATE PREFIX PROGRAM [ARGS...]
+#   run-fresh.sh [--locked-folders] [--small-drive] [--readonly-drive=DIR]
+#                TEMPLATE PREFIX PROGRAM [ARGS...]
 # The prefix is removed afterwards unless KEEP_PREFIX is set.
 #
 # --locked-folders first lays out locked items under C:\ZendraLocked:
@@ -11,13 +12,17 @@
 #
 # --small-drive gives the prefix a drive P: on an 8 MB tmpfs, for disks
 # that fill up (as root only; without it there is no drive P:).
+#
+# --readonly-drive=DIR gives it a drive R: that shows DIR read-only, as a CD
+# would (a read-only bind mount, as root only; without it there is no R:).
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
-locked= small=
+locked= small= readonly=
 while :; do
   case "${1:-}" in
     --locked-folders) locked=yes ;;
     --small-drive) small=yes ;;
+    --readonly-drive=*) readonly=${1#--readonly-drive=} ;;
     *) break ;;
   esac
   shift
@@ -54,6 +59,18 @@ if [ -n "$small" ]; then
   fi
 fi
 
+readonlyDir=$prefix-readonly-drive
+if [ -n "$readonly" ]; then
+  mkdir -p "$readonlyDir"
+  if [ "$(id -u)" = 0 ] && mount --bind "$readonly" "$readonlyDir" &&
+    mount -o remount,bind,ro "$readonlyDir"; then
+    ln -sfn "$readonlyDir" "$prefix/dosdevices/r:"
+  else
+    mountpoint -q "$readonlyDir" && umount "$readonlyDir"
+    echo "run-fresh.sh: no read-only drive (a bind mount needs root)" >&2
+  fi
+fi
+
 export WINEPREFIX=$prefix WINEDEBUG=-all
 "$here/wine-run.sh" "$@"
 status=$?
@@ -62,6 +79,10 @@ wineserver -k 2>/dev/null
 if [ -n "$small" ]; then
   mountpoint -q "$smallDir" && umount "$smallDir"
   rmdir "$smallDir" 2>/dev/null
+fi
+if [ -n "$readonly" ]; then
+  mountpoint -q "$readonlyDir" && umount "$readonlyDir"
+  rmdir "$readonlyDir" 2>/dev/null
 fi
 [ -n "${KEEP_PREFIX:-}" ] || rm -rf "$prefix"
 exit $status
