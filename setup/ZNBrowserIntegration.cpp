@@ -58,15 +58,16 @@ enum FilterStatus {
   fsOtherFilter = 3,  // another filter: a clash
 };
 
-// Logs every value and deletes those whose name holds "Zendra".
+// Logs every value and deletes those whose name holds "Zendra"; stops at
+// the first that can't go.
 bool DeleteZendraTokens(CWinRegKey& key) {
-  bool ok = true;
   for (const CStr& name : ValueNamesOf(key)) {
     LogText("valueName = %s\n", name.Chars());
-    if (name.Find("Zendra") >= 0)
-      ok = LogStep(key.DeleteValue(name.Chars()), "Delete Zendra token") && ok;
+    if (name.Find("Zendra") >= 0 &&
+        !LogStep(key.DeleteValue(name.Chars()), "Delete Zendra token"))
+      return false;
   }
-  return ok;
+  return true;
 }
 
 bool OpenUserAgentKey(const UserAgentPlace& place, CWinRegKey& key) {
@@ -127,8 +128,12 @@ bool MimeFilterClashes() {
   CLogBlock block("Check to see if a MIME filter is already installed");
   CWinRegKey filters;
   if (!filters.Open(cFilterKey, Tern::rmWrite)) {
-    LogText("No MIME filters are registered.\n");
-    return false;
+    // Only reading is needed to tell who claims the types.
+    if (!filters.Open(cFilterKey, Tern::rmRead)) {
+      LogText("No MIME filters are registered.\n");
+      return false;
+    }
+    LogText("The MIME filter key can't be opened for writing; reading it.\n");
   }
   bool clash = false;
   for (const char* type : cFilterTypes) {

@@ -136,7 +136,6 @@ InstallOutcome InstallSteps(CZendraSetupApp& app, bool installFonts,
 
 bool InstallProduct(CZendraSetupApp& app, bool installFonts,
                     bool disableVersionChecks) {
-  CLogBlock block("Installing Zendra");
   if (MimeFilterClashes()) {
     LogText("Installation failed!\n");
     return false;

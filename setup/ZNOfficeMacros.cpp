@@ -263,13 +263,17 @@ void ShowMacroError(CZendraSetupApp& app, Int row, MacroFailure failure) {
   if (noReadOnlyErrors &&
       (failure == mfFolderReadOnly || failure == mfTargetReadOnly))
     failure = mfCantWrite;
+  // The report's own texts are filled in first, from a list of their own,
+  // so that they do not outlive the report in the global list.
   const unsigned offset = IDS_BLOCK_STRIDE * row;
-  vars.Set("Reason",
-           GetResStr(IDS_WORD_REASON_BASE + offset + failure).Chars());
-  vars.Set("Action",
-           GetResStr(IDS_WORD_ACTION_BASE + offset + failure).Chars());
-  vars.Set("MacroFile", InstallWord[row].macroFile);
+  Tern::CVarList report;
+  report.Set("Reason",
+             GetResStr(IDS_WORD_REASON_BASE + offset + failure).Chars());
+  report.Set("Action",
+             GetResStr(IDS_WORD_ACTION_BASE + offset + failure).Chars());
+  report.Set("MacroFile", InstallWord[row].macroFile);
   CStr message = GetResBlock(IDS_WORD_MESSAGE_BASE + offset);
+  report.Expand(message);
   vars.Expand(message);
   app.MessageDialog(message.Chars(), mkWarning);
 }

@@ -120,6 +120,7 @@ bool InstallRow(const CPath& installDir, const PowerPtRow& row) {
 }  // namespace
 
 bool InstallMSPowerPtAddIns(const CPath& installDir) {
+  CLogBlock block("Check versions of PowerPoint and adding macros for them");
   bool ok = true;
   for (const PowerPtRow& row : InstallPowerPt) {
     if (!IsPresent(row)) {
@@ -132,7 +133,9 @@ bool InstallMSPowerPtAddIns(const CPath& installDir) {
   return ok;
 }
 
-void RemoveMSPowerPtAddIns() {
+// False when an add-in key that is there could not be deleted.
+bool RemoveMSPowerPtAddIns() {
+  bool ok = true;
   const bool use64BitVersion = OSIs64Bit();
   const Int view = use64BitVersion ? Tern::rv64BitView : Tern::rvDefaultView;
   for (const PowerPtRow& row : InstallPowerPt) {
@@ -145,7 +148,9 @@ void RemoveMSPowerPtAddIns() {
         RegDeleteKeyInView(root, appKeyStr.Chars(), use64BitVersion);
     LogText("Deleting %s, result = %s\n", appKeyStr.Chars(),
             deleted ? "success" : "failure");
+    ok = deleted && ok;
   }
+  return ok;
 }
 
 }  // namespace Zendra

@@ -14,6 +14,6 @@ extern const char cPowerPointAddInFile[];
 bool InstallMSPowerPtAddIns(const Tern::CPath& installDir);
 // Deletes the add-in's key of every version that has one; failures are
 // logged only.
-void RemoveMSPowerPtAddIns();
+bool RemoveMSPowerPtAddIns();
 
 }  // namespace Zendra

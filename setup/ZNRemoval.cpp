@@ -107,14 +107,17 @@ void DeleteInstalledFiles(const CPath& installDir) {
     if (LogStatus(movedConfig.AppendComponent("Zendra.ovc"),
                   "Append Zendra.ovc") &&
         LogStatus(config.AppendComponent("Zendra.ovc"), "Append Zendra.ovc")) {
-      lfs.RemoveFile(movedConfig);  // replacing an older copy
+      if (lfs.GetItemType(config) == Tern::S_FSIsFile &&
+          lfs.GetItemType(movedConfig) == Tern::S_FSIsFile)
+        LogStatus(lfs.RemoveFile(movedConfig, true),
+                  "Delete the older Zendra.ovc in the temporary folder", false);
       moved = LogStatus(lfs.Move(config, movedConfig), "Move Zendra.ovc");
     }
   }
   LogText("Deleting contents of directory: %s.\n",
           installDir.OSToPathString().Chars());
   DeleteAllThatCanGo(installDir);  // failures not checked
-  if (moved) LogStatus(lfs.RemoveFile(movedConfig), "Delete Zendra.ovc");
+  if (moved) LogStatus(lfs.RemoveFile(movedConfig, true), "Delete Zendra.ovc");
 }
 
 }  // namespace
@@ -125,7 +128,6 @@ void DeleteAllThatCanGo(const CPath& dir) {
 }
 
 bool RemoveProduct(CZendraSetupApp& app) {
-  CLogBlock block("Removing Zendra");
   const CPath& dir = app.InstallDir();
   bool ok = LogStep(RemoveUserAgentToken(uakIE),
                     "Unable to remove IE user agent entry.");
@@ -137,8 +139,9 @@ bool RemoveProduct(CZendraSetupApp& app) {
        ok;
   ok = UnregisterComponents(dir) && ok;
   LogOSBitness();
-  RemoveMSWordMacros();     // a failed deletion is logged only
-  RemoveMSPowerPtAddIns();  // likewise
+  RemoveMSWordMacros();  // a failed deletion is logged only
+  ok = LogStep(RemoveMSPowerPtAddIns(), "Unable to remove PowerPoint Macros") &&
+       ok;
   ok = LogStep(RemoveXmlNamespace(), "Removing XMLNamespace registry value.") &&
        ok;
   RemoveOEMEntries();  // does not count

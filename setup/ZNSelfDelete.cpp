@@ -26,7 +26,10 @@ const char cBatchText[] =
     "\"%s\"\r\ndel \"%s\"\r\n";
 const DWORD cSuspendedAtIdle = CREATE_SUSPENDED | IDLE_PRIORITY_CLASS;  // 68
 
-bool WriteBatchFile(const CStr& batch, const CStr& setup, const CStr& dir) {
+// False only when the file can't be created: a failed write is logged, and
+// the batch still runs (an empty or partial one deletes nothing it should
+// not, and ends).
+bool CreateBatchFile(const CStr& batch, const CStr& setup, const CStr& dir) {
   CKernelHandle file(::CreateFileA(
       batch.Chars(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
@@ -38,8 +41,9 @@ bool WriteBatchFile(const CStr& batch, const CStr& setup, const CStr& dir) {
   const BOOL wrote =
       ::WriteFile(file.Get(), text.Chars(), static_cast<DWORD>(text.Length()),
                   &written, nullptr);
-  return LogStep(wrote && written == static_cast<DWORD>(text.Length()),
-                 "Write batch file", false);
+  LogStep(wrote && written == static_cast<DWORD>(text.Length()),
+          "Write batch file", false);
+  return true;
 }
 
 // Starts the batch suspended at idle priority, lets Setup win the race, then
@@ -87,8 +91,8 @@ bool RemoveSetupProgram(CZendraSetupApp& app) {
                  "Append bat file to temp file path", false))
     return false;
   const CStr batchText = batch.OSToPathString();
-  if (!WriteBatchFile(batchText, setup.OSToPathString(),
-                      app.InstallDir().OSToPathString()))
+  if (!CreateBatchFile(batchText, setup.OSToPathString(),
+                       app.InstallDir().OSToPathString()))
     return false;
   return StartBatch(batchText, tempDir.OSToPathString());
 }

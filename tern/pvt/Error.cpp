@@ -147,6 +147,9 @@ WindowsErrorTable BuildWindowsErrorTable() {
       {5, E_NoAccess},      {32, E_NoAccess},      {65, E_NoAccess},
       {86, E_BadName},      {110, E_NotOpen},      {145, E_DirNotEmpty},
       {16, Failure},
+      // A full disk is an ordinary failure, not an internal error: a log on
+      // that disk must not report its own failed writes as one.
+      {112, E_DiskFull},    {39, E_DiskFull},
   };
 }
 

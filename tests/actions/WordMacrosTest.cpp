@@ -247,6 +247,10 @@ TEST_F(WordMacros, ReadOnlyFolderIsExplainedToTheUser) {
   EXPECT_EQ(2, Count(text, "MessageDialog: displayed\r\n")) << text;
   // The log keeps the real reason.
   EXPECT_EQ(2, Count(text, "because the folder is locked.\r\n"));
+  // The report's texts do not stay behind to fill later messages.
+  Tern::CStr left;
+  for (const char* name : {"Reason", "Action", "MacroFile"})
+    EXPECT_FALSE(Tern::CVarList::Global().Get(name, left)) << name;
 }
 
 TEST(RunningWord, AWindowOfClassOpusAppIsWord) {

@@ -221,3 +221,33 @@ TEST(Faults, ARemovalStartedOnReadOnlyMediaTouchesNothing) {
   ChildProcess real(cInstallDir + "\\Setup.exe", "-s -u");
   EXPECT_EQ(0, real.WaitForExit(60000));
 }
+
+// The temporary folder on a nearly full disk: one page is left, which the
+// log takes, so the batch file is made but its text can't be written. The
+// removal is done all the same and the batch is still started (Wine can't
+// start an empty batch file; Windows runs it, and it deletes nothing).
+TEST(Faults, ABatchFileThatCannotBeWrittenIsStillStarted) {
+  if (::GetDriveTypeA(cSmallDrive) == DRIVE_NO_ROOT_DIR)
+    GTEST_SKIP() << "no small drive P: (run-fresh.sh mounts it as root)";
+  SourceFolder source;
+  source.Standard();
+  ASSERT_EQ(0, RunSetup(source, "-s -i"));
+  const std::string temp = std::string(cSmallDrive) + "Temp";
+  ASSERT_TRUE(::CreateDirectoryA(temp.c_str(), nullptr));
+  ::SetEnvironmentVariableA("TEMP", temp.c_str());
+  ::SetEnvironmentVariableA("TMP", temp.c_str());
+  FillDrive(std::string(cSmallDrive) + "junk", 4096);
+
+  ChildProcess removal(cInstallDir + "\\Setup.exe", "-s -u");
+  removal.WaitForExit(60000);
+  const std::string log = ReadLog("Zendra Uninstall.log");
+  const std::size_t write = log.find("Failure: Write batch file\r\n");
+  EXPECT_NE(std::string::npos, write) << log;
+  EXPECT_NE(std::string::npos,
+            log.find(": Run batch file to delete Setup and install directory",
+                     write));
+  EXPECT_FALSE(FileExists(cInstallDir + "\\Zendra.dll"));
+  EXPECT_FALSE(ActionsTest::KeyExists(
+      HKEY_CLASSES_ROOT, "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}",
+      KEY_WOW64_32KEY));
+}

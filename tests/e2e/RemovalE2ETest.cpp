@@ -76,6 +76,9 @@ TEST(RealRemoval, RemovalUndoesTheInstallAndDeletesItself) {
   Install(source);
   ASSERT_TRUE(FileExists(std::string(cWordStartup) +
                          "\\Zendra 4 Commands for Word (32 bit).dotm"));
+  const std::string olderCopy = TempDir() + "Zendra.ovc";
+  ActionsTest::WriteText(olderCopy, "an older removal's copy");
+  ::SetFileAttributesA(olderCopy.c_str(), FILE_ATTRIBUTE_READONLY);
 
   EXPECT_EQ(0, RunInstalledSetup("-s -u"));
   EXPECT_TRUE(WaitUntilGone(cInstallDir)) << "the install folder stays";
@@ -90,7 +93,11 @@ TEST(RealRemoval, RemovalUndoesTheInstallAndDeletesItself) {
                        "Success: Run batch file to delete Setup and "
                        "install directory\r\n"));
   EXPECT_TRUE(Contains(log, "The OS is a 64 bit OS\r\n"));
-  EXPECT_FALSE(FileExists(TempDir() + "Zendra.ovc"));
+  EXPECT_TRUE(
+      Contains(log,
+               "Success (Ok, 0x00000200): Delete the older Zendra.ovc in the "
+               "temporary folder\r\n"));
+  EXPECT_FALSE(FileExists(olderCopy));
 
   EXPECT_FALSE(KeyExists32(HKEY_CLASSES_ROOT, cProductClass));
   EXPECT_FALSE(KeyExists32(HKEY_LOCAL_MACHINE, cUninstallKey));
@@ -197,6 +204,7 @@ TEST(RealRemoval, AnInteractiveRemovalSaysSo) {
 TEST(RealRemoval, LeftoversAndMissingFilesAreHandledAndCounted) {
   SourceFolder source;
   source.Standard();
+  MakeOffice();
   Install(source);
   // Files the install never put there, no configuration file, a stale
   // batch file, and a component that can no longer unregister.
@@ -205,6 +213,15 @@ TEST(RealRemoval, LeftoversAndMissingFilesAreHandledAndCounted) {
   ASSERT_TRUE(::DeleteFileA((cInstallDir + "\\Zendra.ovc").c_str()));
   ActionsTest::WriteText(TempDir() + "OVDELSU.BAT", "echo stale\r\n");
   ActionsTest::WriteText(cInstallDir + "\\ZendraBraille.dll", "not a library");
+  // An earlier removal's configuration, which must not go without a newer
+  // one to take its place; a PowerPoint add-in key that can't be deleted.
+  const std::string olderCopy = TempDir() + "Zendra.ovc";
+  ActionsTest::WriteText(olderCopy, "an older removal's copy");
+  const std::string addIn =
+      ActionsTest::OfficeKey("16.0", "PowerPoint") +
+      "\\AddIns\\Zendra 4 Commands for PowerPoint (32-bit)";
+  ASSERT_TRUE(ActionsTest::CreateKey(HKEY_LOCAL_MACHINE, addIn + "\\Stuck",
+                                     KEY_WOW64_64KEY));
 
   EXPECT_EQ(1, RunInstalledSetup("-s -u"));
   EXPECT_TRUE(WaitUntilGone(cInstallDir));
@@ -212,6 +229,9 @@ TEST(RealRemoval, LeftoversAndMissingFilesAreHandledAndCounted) {
   const std::string log = ReadLog(cUninstallLog);
   EXPECT_TRUE(Contains(log, "): Move Zendra.ovc\r\n")) << log;
   EXPECT_FALSE(Contains(log, "Delete Zendra.ovc"));
+  EXPECT_FALSE(Contains(log, "Delete the older Zendra.ovc"));
+  EXPECT_EQ("an older removal's copy", ReadText(olderCopy));
+  EXPECT_TRUE(Contains(log, "Failure: Unable to remove PowerPoint Macros\r\n"));
   EXPECT_TRUE(Contains(log, "Failure: Unregister Braille Library\r\n"));
   EXPECT_TRUE(Contains(log, "Success: Create batch file\r\n"));
   EXPECT_TRUE(Contains(log, "Zendra removal failed!"));
