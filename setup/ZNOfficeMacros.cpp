@@ -350,7 +350,7 @@ void RemoveMSWordMacros() {
         CLocalFileSystem::Instance().GetItemType(target) != Tern::S_FSIsFile)
       continue;
     const bool deleted =
-        Tern::Succeeded(CLocalFileSystem::Instance().RemoveFile(target));
+        Tern::Succeeded(CLocalFileSystem::Instance().RemoveFile(target, true));
     LogText("Deleting %s, result = %s\n", target.OSToPathString().Chars(),
             deleted ? "success" : "failure");
   }

@@ -326,7 +326,7 @@ CError CFontInstaller::RemoveTrueTypeFont(const CPath& fontPath) {
     }
     return E_CantRemoveFontFromOS;
   }
-  CError removed = lfs.RemoveFile(fontFullPath);
+  CError removed = lfs.RemoveFile(fontFullPath, true);
   if (Failed(removed)) {
     CLogTemplate line(
         "Could not delete font file <fontFullPath>, result = : <result>");

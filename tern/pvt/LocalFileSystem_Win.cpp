@@ -43,6 +43,15 @@ bool IsCommandLineApp() {
   return module && module->IsCommandLineApp();
 }
 
+// Takes the read-only attribute off a file that has it; false (and the
+// reason in the last error) when the file can't be made writable.
+bool ClearReadOnly(const char* path) {
+  const DWORD attributes = ::GetFileAttributesA(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+  return !(attributes & FILE_ATTRIBUTE_READONLY) ||
+         ::SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY);
+}
+
 UInt32 AttributeBit(Int kind) {
   switch (kind) {
     case CLocalFileSystem::akReadOnly:
@@ -204,12 +213,7 @@ CError CLocalFileSystem::GetVolumeType(const CPath& path, Int& type) {
 CError CLocalFileSystem::RemoveFile(const CPath& file, bool force) {
   if (!file.IsValid()) return E_BadArgument;
   CStr os = file.OSToPathString();
-  if (force) {
-    DWORD attributes = ::GetFileAttributesA(os.Chars());
-    if (attributes != INVALID_FILE_ATTRIBUTES &&
-        (attributes & FILE_ATTRIBUTE_READONLY))
-      ::SetFileAttributesA(os.Chars(), attributes & ~FILE_ATTRIBUTE_READONLY);
-  }
+  if (force) ClearReadOnly(os.Chars());  // DeleteFileA says why it fails
   return ::DeleteFileA(os.Chars()) ? Ok : LastError();
 }
 
@@ -332,10 +336,10 @@ CError CLocalFileSystem::CopyOneFile(const CPath& src, const CPath& destPath,
     TERN_FAIL("destPath.IsValid()");
     return E_BadArgument;
   }
-  return ::CopyFileA(src.OSToPathString().Chars(),
-                     destPath.OSToPathString().Chars(), !overwrite)
-             ? Ok
-             : LastError();
+  const CStr dest = destPath.OSToPathString();
+  if (!::CopyFileA(src.OSToPathString().Chars(), dest.Chars(), !overwrite))
+    return LastError();
+  return ClearReadOnly(dest.Chars()) ? Ok : LastError();
 }
 
 CError CLocalFileSystem::MoveOneFile(const CPath& src, const CPath& dest) {

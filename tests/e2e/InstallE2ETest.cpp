@@ -293,15 +293,21 @@ TEST(RealInstall, AClashingMimeFilterStopsBeforeAnythingIsCopied) {
       ActionsTest::FileExists(ActionsTest::SystemFontFile("qxextra.ttf")));
 }
 
-TEST(RealInstall, InstallFolderLeftoversAreReplacedAndAReadOnlyOneStopsIt) {
+TEST(RealInstall, InstallFolderLeftoversAreReplacedAndAHeldOneStopsIt) {
   SourceFolder source;
   source.Standard();
   ActionsTest::MakeFolder(cInstallDir + "\\Old Stuff");
   ActionsTest::WriteText(cInstallDir + "\\Old Stuff\\notes.txt", "mine");
   ActionsTest::WriteText(cInstallDir + "\\Zendra.dll", "an older Zendra");
-  ActionsTest::WriteText(cInstallDir + "\\locked.txt", "read-only");
-  ::SetFileAttributesA((cInstallDir + "\\locked.txt").c_str(),
+  ActionsTest::WriteText(cInstallDir + "\\read-only.txt", "read-only");
+  ::SetFileAttributesA((cInstallDir + "\\read-only.txt").c_str(),
                        FILE_ATTRIBUTE_READONLY);
+  const std::string heldFile = cInstallDir + "\\held.txt";
+  ActionsTest::WriteText(heldFile, "open in another program");
+  HANDLE held = ::CreateFileA(heldFile.c_str(), GENERIC_READ,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(INVALID_HANDLE_VALUE, held);
   EXPECT_EQ(1, RunSetup(source, "-s -i"));
   std::string log = ReadLog(cLog);
   EXPECT_TRUE(Contains(log, "Deleting contents of directory: " + cInstallDir))
@@ -309,11 +315,11 @@ TEST(RealInstall, InstallFolderLeftoversAreReplacedAndAReadOnlyOneStopsIt) {
   EXPECT_TRUE(Contains(log, "): Can't delete directory contents\r\n"));
   EXPECT_TRUE(Contains(log, "Installation failed!"));
 
-  ::SetFileAttributesA((cInstallDir + "\\locked.txt").c_str(),
-                       FILE_ATTRIBUTE_NORMAL);
+  ::CloseHandle(held);
   EXPECT_EQ(0, RunSetup(source, "-s -i"));
   EXPECT_FALSE(ActionsTest::FileExists(cInstallDir + "\\Old Stuff\\notes.txt"));
-  EXPECT_FALSE(ActionsTest::FileExists(cInstallDir + "\\locked.txt"));
+  EXPECT_FALSE(ActionsTest::FileExists(cInstallDir + "\\read-only.txt"));
+  EXPECT_FALSE(ActionsTest::FileExists(heldFile));
   EXPECT_EQ(ReadText(source.Dir() + "\\Zendra.dll"),
             ReadText(cInstallDir + "\\Zendra.dll"));
 }
