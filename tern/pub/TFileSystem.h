@@ -201,6 +201,9 @@ class CLocalFileSystem : public CFileSystem {
   CError GetDirectory(const char* dirName, CPath& dir);
   CError GetVolumeFreeSpace(const CPath& path, unsigned long long& bytes);
   CError GetVolumeType(const CPath& path, Int& type);
+  // The running program's file. Like the program's and module's folders, a
+  // path the ANSI code page can't write is given in its short form.
+  CError GetProgramFile(CPath& file);
   // Only command-line programs have a current directory to use.
   CError GetCurrentDir(CPath& dir);
   // 100-nanosecond intervals since 1601 (the platform's file time).

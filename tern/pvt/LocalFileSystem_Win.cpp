@@ -30,11 +30,37 @@ CError ShellFolder(int csidl, CPath& dir) {
   return dir.Set(buf);
 }
 
+// The path in the ANSI code page, when every character of it is there.
+bool ToAnsi(const wchar_t* path, CStr& ansi) {
+  char buf[2 * MAX_PATH] = "";
+  BOOL lossy = FALSE;
+  const int n = ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path, -1,
+                                      buf, sizeof buf, nullptr, &lossy);
+  if (n == 0 || lossy) return false;
+  ansi = buf;
+  return true;
+}
+
+// The module's file. A path with characters the ANSI code page lacks (the
+// ANSI call would put '?' in their place) is given in its short form, which
+// the volume makes of plain characters; without one the path can't be used.
+CError ModuleFile(HMODULE module, CPath& file) {
+  wchar_t path[MAX_PATH] = L"";
+  const DWORD n = ::GetModuleFileNameW(module, path, MAX_PATH);
+  if (n == 0 || n >= MAX_PATH) return n == 0 ? LastError() : E_BadArgument;
+  CStr ansi;
+  if (!ToAnsi(path, ansi)) {
+    wchar_t shortPath[MAX_PATH] = L"";
+    const DWORD m = ::GetShortPathNameW(path, shortPath, MAX_PATH);
+    if (m == 0 || m >= MAX_PATH) return m == 0 ? LastError() : E_BadArgument;
+    if (!ToAnsi(shortPath, ansi)) return E_BadName;
+  }
+  return file.Set(ansi.Chars());
+}
+
 CError ModuleFolder(HMODULE module, CPath& dir) {
-  char buf[MAX_PATH] = "";
-  DWORD n = ::GetModuleFileNameA(module, buf, sizeof buf);
   CPath file;
-  CError err = SetFromBuffer(file, buf, n, sizeof buf);
+  CError err = ModuleFile(module, file);
   return Failed(err) ? err : file.GetComponent(CPath::ctDir, dir);
 }
 
@@ -138,6 +164,10 @@ CError CLocalFileSystem::ResolveDirectory(Int dirType, CPath& dir) {
       TERN_FAIL("bad dir type");
       return E_BadArgument;
   }
+}
+
+CError CLocalFileSystem::GetProgramFile(CPath& file) {
+  return ModuleFile(nullptr, file);
 }
 
 CError CLocalFileSystem::GetCurrentDir(CPath& dir) {
