@@ -158,10 +158,11 @@ CError CFontInstaller::InstallFont(const char* fontName,
     Line(line.Result().Chars());
     return E_CantAddFontToOS;
   }
+  // A registry fault, which a caller must not take for an installed font
+  // that could not be replaced.
   CWinRegKey fonts;
-  if (!OpenFontsKey(fonts, rmWrite, "InstallFont")) {
-    return E_NoAccess;
-  }
+  if (!OpenFontsKey(fonts, rmWrite, "InstallFont"))
+    return E_CantRemoveFontFromRegistry;
   const CStr regValue = Concat(fontName, cTrueTypeSuffix);
   CStr fileName;
   fontPath.GetComponentString(CPath::ctFile, fileName);
