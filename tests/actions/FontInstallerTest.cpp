@@ -286,11 +286,19 @@ TEST_F(FontInstallerTest, BadFilesFaultsOfTheMachineAndMisuseAreReported) {
   EXPECT_EQ(2, Count(log, "' {\r\n}\r\n")) << log;  // each closes its block
   EXPECT_FALSE(Contains(log, "Font successfully installed"));
 
+  // Without a system Fonts folder: the failure names what is missing.
+  const std::string lattice = SampleFile("lattice.ttf");
+  ASSERT_TRUE(::MoveFileA("C:\\windows\\Fonts", "C:\\windows\\Fonts.away"));
+  EXPECT_TRUE(Tern::Failed(Install(lattice)));
+  ::MoveFileA("C:\\windows\\Fonts.away", "C:\\windows\\Fonts");
+  EXPECT_TRUE(Contains(
+      Log(), "Could not find the system's Fonts folder for " + lattice))
+      << Log();
   // A registry fault is no font that could not be replaced.
   {
     UnwritableFontsKey unwritable;
     ASSERT_TRUE(unwritable.Denied());
-    const Tern::CError status = Install(SampleFile("lattice.ttf"));
+    const Tern::CError status = Install(lattice);
     EXPECT_TRUE(Tern::Failed(status));
     EXPECT_NE(Tern::E_NoAccess, status);
     EXPECT_NE(Tern::E_CantRemoveFontFromOS, status);
