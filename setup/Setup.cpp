@@ -159,11 +159,12 @@ void CZendraSetupApp::SetFixedVariables() {
 }
 
 void CZendraSetupApp::ReadOwnProductVersion() {
-  char path[MAX_PATH];
-  DWORD n = ::GetModuleFileNameA(nullptr, path, sizeof path);
+  CPath program;
   CStr text;
-  bool ok = n > 0 && n < sizeof path &&
-            CVersion::GetVersionInfo(path, CVersion::viProductVersion, text);
+  bool ok =
+      Tern::Succeeded(CLocalFileSystem::Instance().GetProgramFile(program)) &&
+      CVersion::GetVersionInfo(program.OSToPathString().Chars(),
+                               CVersion::viProductVersion, text);
   TERN_ASSERT(ok);
   CVarList::Global().Set("ProductVersion", text.Chars());
 }

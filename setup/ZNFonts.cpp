@@ -65,7 +65,7 @@ bool InstallFonts(CZendraSetupApp& app) {
           app.FontsDir().OSToPathString().Chars());
   CLocalFileSystem& lfs = CLocalFileSystem::Instance();
   if (!CreateInstallDirectory("Fonts", app.FontsDir()) ||
-      !LogStatus(lfs.DeleteDirectoryContents(app.FontsDir()),
+      !LogStatus(lfs.DeleteDirectoryContents(app.FontsDir(), true),
                  "Failed to empty Fonts folder."))
     return false;
 

@@ -39,7 +39,7 @@ void DeleteProtocolHandlers(const CPath& installDir) {
   handlers.AppendComponent("Protocol Handlers");
   LogText("Deleting Common\\Protocol Handlers directory: %s.\n",
           handlers.OSToPathString().Chars());
-  CLocalFileSystem::Instance().DeleteDirectory(handlers);  // errors ignored
+  CLocalFileSystem::Instance().DeleteDirectory(handlers, true);  // unchecked
 }
 
 bool EmptyInstallDir(CZendraSetupApp& app) {
@@ -48,7 +48,7 @@ bool EmptyInstallDir(CZendraSetupApp& app) {
           dir.OSToPathString().Chars());
   CLocalFileSystem& lfs = CLocalFileSystem::Instance();
   if (lfs.GetItemType(dir) != Tern::S_FSIsDirectory) return true;
-  return app.CheckStep(lfs.DeleteDirectoryContents(dir),
+  return app.CheckStep(lfs.DeleteDirectoryContents(dir, true),
                        "Can't delete directory contents");
 }
 

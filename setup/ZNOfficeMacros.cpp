@@ -345,18 +345,33 @@ bool InstallMSWordMacros(CZendraSetupApp& app) {
   return ok;
 }
 
+namespace {
+
+// A template that is not there (another version's folder was the same, or
+// someone deleted it) counts as deleted.
+void DeleteTemplate(const CPath& target) {
+  CLocalFileSystem& lfs = CLocalFileSystem::Instance();
+  const CStr path = target.OSToPathString();
+  if (lfs.GetItemType(target) == Tern::E_NotFound) {
+    LogText("Deleting %s: not there (already gone), result = success\n",
+            path.Chars());
+    return;
+  }
+  const bool deleted = Tern::Succeeded(lfs.RemoveFile(target, true));
+  LogText("Deleting %s, result = %s\n", path.Chars(),
+          deleted ? "success" : "failure");
+}
+
+}  // namespace
+
 void RemoveMSWordMacros() {
   for (Int r = cWordRowCount - 1; r >= 0; --r) {
     CStr folder;
     if (!FindStartupFolder(InstallWord[r], folder)) continue;
     CPath target(folder.Chars());
-    if (Tern::Failed(target.AppendComponent(InstallWord[r].macroFile)) ||
-        CLocalFileSystem::Instance().GetItemType(target) != Tern::S_FSIsFile)
-      continue;
-    const bool deleted =
-        Tern::Succeeded(CLocalFileSystem::Instance().RemoveFile(target));
-    LogText("Deleting %s, result = %s\n", target.OSToPathString().Chars(),
-            deleted ? "success" : "failure");
+    if (LogStatus(target.AppendComponent(InstallWord[r].macroFile),
+                  "Append the macro file name"))
+      DeleteTemplate(target);
   }
 }
 

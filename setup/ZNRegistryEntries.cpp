@@ -62,10 +62,11 @@ CStr Today() {
 }
 
 bool OwnProductVersion(CStr& text) {
-  char path[MAX_PATH];
-  DWORD n = ::GetModuleFileNameA(nullptr, path, sizeof path);
-  return n > 0 && n < sizeof path &&
-         CVersion::GetVersionInfo(path, CVersion::viProductVersion, text);
+  CPath program;
+  return Tern::Succeeded(
+             Tern::CLocalFileSystem::Instance().GetProgramFile(program)) &&
+         CVersion::GetVersionInfo(program.OSToPathString().Chars(),
+                                  CVersion::viProductVersion, text);
 }
 
 }  // namespace

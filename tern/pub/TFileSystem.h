@@ -122,12 +122,13 @@ class CFileSystem {
   virtual CError GetTempName(const CPath& dir, const char* prefix,
                              CPath& result);
   virtual CError MakeFullPath(const CPath& path, CPath& full) = 0;
-  // The directory and everything in it.
+  // The directory and everything in it; with `force` read-only files too.
   virtual CError DeleteDirectory(const CPath& dir, bool force = false);
-  // Everything in the directory, which stays.
+  // Everything in the directory, which stays; `force` as above.
   virtual CError DeleteDirectoryContents(const CPath& dir, bool force = false);
   virtual CError GetTempNameBeside(const CPath& path, const char* prefix,
                                    CPath& result);
+  // With `force` a read-only file is deleted too.
   virtual CError RemoveFile(const CPath& file, bool force = false) = 0;
   // Into a directory (keeping the name) or onto a name.
   virtual CError Copy(const CPath& src, const CPath& dest, bool overwrite);
@@ -200,6 +201,9 @@ class CLocalFileSystem : public CFileSystem {
   CError GetDirectory(const char* dirName, CPath& dir);
   CError GetVolumeFreeSpace(const CPath& path, unsigned long long& bytes);
   CError GetVolumeType(const CPath& path, Int& type);
+  // The running program's file. Like the program's and module's folders, a
+  // path the ANSI code page can't write is given in its short form.
+  CError GetProgramFile(CPath& file);
   // Only command-line programs have a current directory to use.
   CError GetCurrentDir(CPath& dir);
   // 100-nanosecond intervals since 1601 (the platform's file time).
@@ -219,6 +223,8 @@ class CLocalFileSystem : public CFileSystem {
   CError RemoveEmptyDirectory(const CPath& dir) override;
   CError Rename(const CPath& from, const CPath& to) override;
   using CFileSystem::Rename;
+  // The copy is always writable: a read-only source (a CD, a share) does
+  // not pass its read-only attribute on.
   CError CopyOneFile(const CPath& src, const CPath& destPath,
                      bool overwrite) override;
   CError MoveOneFile(const CPath& src, const CPath& dest) override;

@@ -53,6 +53,9 @@ class CFontInstaller {
                       UInt32& installedVersion);
   CError ReplaceInstalled(const CFontFacts& facts, UInt32& installedVersion);
   CError EnsureUniqueFontName(CPath& dest);
+  CError SystemFontTarget(const CPath& src, const CStr& srcText, CPath& dest);
+  // Logs the template with "font" and "error" filled in; returns `status`.
+  CError LogFailure(const char* templ, const CStr& srcText, CError status);
 
   CStream* mLog;
   static bool cInstantiated;

@@ -158,10 +158,11 @@ CError CFontInstaller::InstallFont(const char* fontName,
     Line(line.Result().Chars());
     return E_CantAddFontToOS;
   }
+  // A registry fault, which a caller must not take for an installed font
+  // that could not be replaced.
   CWinRegKey fonts;
-  if (!OpenFontsKey(fonts, rmWrite, "InstallFont")) {
-    return E_NoAccess;
-  }
+  if (!OpenFontsKey(fonts, rmWrite, "InstallFont"))
+    return E_CantRemoveFontFromRegistry;
   const CStr regValue = Concat(fontName, cTrueTypeSuffix);
   CStr fileName;
   fontPath.GetComponentString(CPath::ctFile, fileName);
@@ -200,6 +201,42 @@ CError CFontInstaller::EnsureUniqueFontName(CPath& dest) {
   return err;
 }
 
+CError CFontInstaller::LogFailure(const char* templ, const CStr& srcText,
+                                  CError status) {
+  CLogTemplate line(templ);
+  line.Item("font", srcText.Chars());
+  line.Item("error", ErrorName(status));
+  Line(line.Result().Chars());
+  return status;
+}
+
+// The font's own name in the system's fonts folder, or a numbered one when
+// that is taken.
+CError CFontInstaller::SystemFontTarget(const CPath& src, const CStr& srcText,
+                                        CPath& dest) {
+  CError status = CLocalFileSystem::Instance().GetDirectory(
+      CLocalFileSystem::dtFontsDir, dest);
+  if (Failed(status))
+    return LogFailure(
+        "Could not find the system's Fonts folder for <font>, error <error>",
+        srcText, status);
+  CStr fileName;
+  status = src.GetComponentString(CPath::ctFile, fileName);
+  if (Succeeded(status)) status = dest.AppendComponent(fileName.Chars());
+  if (Failed(status))
+    return LogFailure(
+        "Could not form the path of <font> in the Fonts folder, error "
+        "<error>",
+        srcText, status);
+  status = EnsureUniqueFontName(dest);
+  if (Failed(status))
+    return LogFailure(
+        "Could not find a free name in the Fonts folder for <font>, error "
+        "<error>",
+        srcText, status);
+  return Ok;
+}
+
 CError CFontInstaller::Install(const CPath& srcFontFilePath,
                                UInt32& installedVersion) {
   installedVersion = 0;
@@ -228,19 +265,8 @@ CError CFontInstaller::InstallSteps(const CPath& src, const CStr& srcText,
     if (Failed(status) || status == S_NewerFont) return status;
   }
   CPath dest;
-  CStr fileName;
-  status = CLocalFileSystem::Instance().GetDirectory(
-      CLocalFileSystem::dtFontsDir, dest);
-  if (Succeeded(status))
-    status = src.GetComponentString(CPath::ctFile, fileName);
-  if (Succeeded(status)) status = dest.AppendComponent(fileName.Chars());
-  if (Succeeded(status)) status = EnsureUniqueFontName(dest);
-  if (Failed(status)) {
-    CLogTemplate line("EnsureUniqueFontName failed with error <error>");
-    line.Item("error", ErrorName(status));
-    Line(line.Result().Chars());
-    return status;
-  }
+  status = SystemFontTarget(src, srcText, dest);
+  if (Failed(status)) return status;
   status = CLocalFileSystem::Instance().Copy(src, dest, false);
   if (Failed(status)) {
     CLogTemplate line(
@@ -326,7 +352,7 @@ CError CFontInstaller::RemoveTrueTypeFont(const CPath& fontPath) {
     }
     return E_CantRemoveFontFromOS;
   }
-  CError removed = lfs.RemoveFile(fontFullPath);
+  CError removed = lfs.RemoveFile(fontFullPath, true);
   if (Failed(removed)) {
     CLogTemplate line(
         "Could not delete font file <fontFullPath>, result = : <result>");

@@ -30,17 +30,52 @@ CError ShellFolder(int csidl, CPath& dir) {
   return dir.Set(buf);
 }
 
+// The path in the ANSI code page, when every character of it is there.
+bool ToAnsi(const wchar_t* path, CStr& ansi) {
+  char buf[2 * MAX_PATH] = "";
+  BOOL lossy = FALSE;
+  const int n = ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path, -1,
+                                      buf, sizeof buf, nullptr, &lossy);
+  if (n == 0 || lossy) return false;
+  ansi = buf;
+  return true;
+}
+
+// The module's file. A path with characters the ANSI code page lacks (the
+// ANSI call would put '?' in their place) is given in its short form, which
+// the volume makes of plain characters; without one the path can't be used.
+CError ModuleFile(HMODULE module, CPath& file) {
+  wchar_t path[MAX_PATH] = L"";
+  const DWORD n = ::GetModuleFileNameW(module, path, MAX_PATH);
+  if (n == 0 || n >= MAX_PATH) return n == 0 ? LastError() : E_BadArgument;
+  CStr ansi;
+  if (!ToAnsi(path, ansi)) {
+    wchar_t shortPath[MAX_PATH] = L"";
+    const DWORD m = ::GetShortPathNameW(path, shortPath, MAX_PATH);
+    if (m == 0 || m >= MAX_PATH) return m == 0 ? LastError() : E_BadArgument;
+    if (!ToAnsi(shortPath, ansi)) return E_BadName;
+  }
+  return file.Set(ansi.Chars());
+}
+
 CError ModuleFolder(HMODULE module, CPath& dir) {
-  char buf[MAX_PATH] = "";
-  DWORD n = ::GetModuleFileNameA(module, buf, sizeof buf);
   CPath file;
-  CError err = SetFromBuffer(file, buf, n, sizeof buf);
+  CError err = ModuleFile(module, file);
   return Failed(err) ? err : file.GetComponent(CPath::ctDir, dir);
 }
 
 bool IsCommandLineApp() {
   CExecModule* module = CExecModule::Instance();
   return module && module->IsCommandLineApp();
+}
+
+// Takes the read-only attribute off a file that has it; false (and the
+// reason in the last error) when the file can't be made writable.
+bool ClearReadOnly(const char* path) {
+  const DWORD attributes = ::GetFileAttributesA(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+  return !(attributes & FILE_ATTRIBUTE_READONLY) ||
+         ::SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY);
 }
 
 UInt32 AttributeBit(Int kind) {
@@ -131,6 +166,10 @@ CError CLocalFileSystem::ResolveDirectory(Int dirType, CPath& dir) {
   }
 }
 
+CError CLocalFileSystem::GetProgramFile(CPath& file) {
+  return ModuleFile(nullptr, file);
+}
+
 CError CLocalFileSystem::GetCurrentDir(CPath& dir) {
   if (!IsCommandLineApp()) {
     TERN_FAIL("no current dir support");
@@ -204,12 +243,7 @@ CError CLocalFileSystem::GetVolumeType(const CPath& path, Int& type) {
 CError CLocalFileSystem::RemoveFile(const CPath& file, bool force) {
   if (!file.IsValid()) return E_BadArgument;
   CStr os = file.OSToPathString();
-  if (force) {
-    DWORD attributes = ::GetFileAttributesA(os.Chars());
-    if (attributes != INVALID_FILE_ATTRIBUTES &&
-        (attributes & FILE_ATTRIBUTE_READONLY))
-      ::SetFileAttributesA(os.Chars(), attributes & ~FILE_ATTRIBUTE_READONLY);
-  }
+  if (force) ClearReadOnly(os.Chars());  // DeleteFileA says why it fails
   return ::DeleteFileA(os.Chars()) ? Ok : LastError();
 }
 
@@ -332,10 +366,10 @@ CError CLocalFileSystem::CopyOneFile(const CPath& src, const CPath& destPath,
     TERN_FAIL("destPath.IsValid()");
     return E_BadArgument;
   }
-  return ::CopyFileA(src.OSToPathString().Chars(),
-                     destPath.OSToPathString().Chars(), !overwrite)
-             ? Ok
-             : LastError();
+  const CStr dest = destPath.OSToPathString();
+  if (!::CopyFileA(src.OSToPathString().Chars(), dest.Chars(), !overwrite))
+    return LastError();
+  return ClearReadOnly(dest.Chars()) ? Ok : LastError();
 }
 
 CError CLocalFileSystem::MoveOneFile(const CPath& src, const CPath& dest) {

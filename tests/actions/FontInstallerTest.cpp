@@ -2,9 +2,12 @@
 // fresh prefix (each case runs in its own), with the sample product's fonts.
 #include <gtest/gtest.h>
 #include <windows.h>
+// After windows.h, which it needs.
+#include <sddl.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <vector>
 
 #include "ActionsTestSupport.h"
 #include "FileTestSupport.h"
@@ -84,6 +87,37 @@ class FontChangeCounter {
   static int cCount;
 };
 int FontChangeCounter::cCount = 0;
+
+// The system's fonts key, readable by all and writable by none while this
+// lives; Wine checks a key's security when it is opened.
+class UnwritableFontsKey {
+ public:
+  UnwritableFontsKey() {
+    ::RegOpenKeyExA(HKEY_LOCAL_MACHINE,
+                    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", 0,
+                    READ_CONTROL | WRITE_DAC, &mKey);
+    DWORD size = 0;
+    ::RegGetKeySecurity(mKey, DACL_SECURITY_INFORMATION, nullptr, &size);
+    mOld.resize(size);
+    ::RegGetKeySecurity(mKey, DACL_SECURITY_INFORMATION, mOld.data(), &size);
+    PSECURITY_DESCRIPTOR readOnly = nullptr;  // everyone reads, none writes
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorA(
+        "D:(A;;KR;;;WD)", SDDL_REVISION_1, &readOnly, nullptr);
+    mDenied = readOnly && ::RegSetKeySecurity(mKey, DACL_SECURITY_INFORMATION,
+                                              readOnly) == ERROR_SUCCESS;
+    ::LocalFree(readOnly);
+  }
+  ~UnwritableFontsKey() {
+    ::RegSetKeySecurity(mKey, DACL_SECURITY_INFORMATION, mOld.data());
+    ::RegCloseKey(mKey);
+  }
+  bool Denied() const { return mDenied; }
+
+ private:
+  HKEY mKey = nullptr;
+  std::vector<BYTE> mOld;
+  bool mDenied = false;
+};
 
 class FontInstallerTest : public ::testing::Test {
  protected:
@@ -245,12 +279,32 @@ TEST_F(FontInstallerTest,
   EXPECT_TRUE(TestSupport::PathExists(SystemFontFile("lattice.ttf")));
 }
 
-TEST_F(FontInstallerTest, BadFilesAndMisuseAreReported) {
+TEST_F(FontInstallerTest, BadFilesFaultsOfTheMachineAndMisuseAreReported) {
   EXPECT_EQ(Tern::E_NotFound, Install(SampleFile("no such font.ttf")));
   EXPECT_EQ(Tern::E_BadFontFile, Install(SampleFile("About.gif")));
   const std::string log = Log();
   EXPECT_EQ(2, Count(log, "' {\r\n}\r\n")) << log;  // each closes its block
   EXPECT_FALSE(Contains(log, "Font successfully installed"));
+
+  // Without a system Fonts folder: the failure names what is missing.
+  const std::string lattice = SampleFile("lattice.ttf");
+  ASSERT_TRUE(::MoveFileA("C:\\windows\\Fonts", "C:\\windows\\Fonts.away"));
+  EXPECT_TRUE(Tern::Failed(Install(lattice)));
+  ::MoveFileA("C:\\windows\\Fonts.away", "C:\\windows\\Fonts");
+  EXPECT_TRUE(Contains(
+      Log(), "Could not find the system's Fonts folder for " + lattice))
+      << Log();
+  // A registry fault is no font that could not be replaced.
+  {
+    UnwritableFontsKey unwritable;
+    ASSERT_TRUE(unwritable.Denied());
+    const Tern::CError status = Install(lattice);
+    EXPECT_TRUE(Tern::Failed(status));
+    EXPECT_NE(Tern::E_NoAccess, status);
+    EXPECT_NE(Tern::E_CantRemoveFontFromOS, status);
+  }
+  EXPECT_TRUE(
+      Contains(Log(), "InstallFont: Could not open fonts registry key"));
 
   EXPECT_ASSERTION(CFontInstaller second(&mLog), "! cInstantiated");
   EXPECT_ASSERTION(mInstaller.End(), "mIndentLevel > 0");

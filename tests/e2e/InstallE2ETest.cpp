@@ -15,6 +15,7 @@
 #include "OfficeTestSupport.h"
 #include "SetupResource.h"
 #include "TestSupport.h"
+#include "Version.h"
 #include "WindowDriver.h"
 
 using namespace E2E;
@@ -67,6 +68,18 @@ void ExpectSameTree(const std::string& source, const std::string& relative,
               ReadText(cInstallDir + "\\" + rel))
         << rel;
     ++count;
+  }
+}
+
+// Copies the tree `from` into the new folder `to` through the wide API.
+void CopyTreeW(const fs::path& from, const std::wstring& to) {
+  ASSERT_TRUE(::CreateDirectoryW(to.c_str(), nullptr));
+  for (const auto& entry : fs::directory_iterator(from)) {
+    const std::wstring target = to + L"\\" + entry.path().filename().wstring();
+    if (entry.is_directory())
+      CopyTreeW(entry.path(), target);
+    else
+      ASSERT_TRUE(::CopyFileW(entry.path().c_str(), target.c_str(), TRUE));
   }
 }
 
@@ -293,15 +306,21 @@ TEST(RealInstall, AClashingMimeFilterStopsBeforeAnythingIsCopied) {
       ActionsTest::FileExists(ActionsTest::SystemFontFile("qxextra.ttf")));
 }
 
-TEST(RealInstall, InstallFolderLeftoversAreReplacedAndAReadOnlyOneStopsIt) {
+TEST(RealInstall, InstallFolderLeftoversAreReplacedAndAHeldOneStopsIt) {
   SourceFolder source;
   source.Standard();
   ActionsTest::MakeFolder(cInstallDir + "\\Old Stuff");
   ActionsTest::WriteText(cInstallDir + "\\Old Stuff\\notes.txt", "mine");
   ActionsTest::WriteText(cInstallDir + "\\Zendra.dll", "an older Zendra");
-  ActionsTest::WriteText(cInstallDir + "\\locked.txt", "read-only");
-  ::SetFileAttributesA((cInstallDir + "\\locked.txt").c_str(),
+  ActionsTest::WriteText(cInstallDir + "\\read-only.txt", "read-only");
+  ::SetFileAttributesA((cInstallDir + "\\read-only.txt").c_str(),
                        FILE_ATTRIBUTE_READONLY);
+  const std::string heldFile = cInstallDir + "\\held.txt";
+  ActionsTest::WriteText(heldFile, "open in another program");
+  HANDLE held = ::CreateFileA(heldFile.c_str(), GENERIC_READ,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(INVALID_HANDLE_VALUE, held);
   EXPECT_EQ(1, RunSetup(source, "-s -i"));
   std::string log = ReadLog(cLog);
   EXPECT_TRUE(Contains(log, "Deleting contents of directory: " + cInstallDir))
@@ -309,13 +328,34 @@ TEST(RealInstall, InstallFolderLeftoversAreReplacedAndAReadOnlyOneStopsIt) {
   EXPECT_TRUE(Contains(log, "): Can't delete directory contents\r\n"));
   EXPECT_TRUE(Contains(log, "Installation failed!"));
 
-  ::SetFileAttributesA((cInstallDir + "\\locked.txt").c_str(),
-                       FILE_ATTRIBUTE_NORMAL);
+  ::CloseHandle(held);
   EXPECT_EQ(0, RunSetup(source, "-s -i"));
   EXPECT_FALSE(ActionsTest::FileExists(cInstallDir + "\\Old Stuff\\notes.txt"));
-  EXPECT_FALSE(ActionsTest::FileExists(cInstallDir + "\\locked.txt"));
+  EXPECT_FALSE(ActionsTest::FileExists(cInstallDir + "\\read-only.txt"));
+  EXPECT_FALSE(ActionsTest::FileExists(heldFile));
   EXPECT_EQ(ReadText(source.Dir() + "\\Zendra.dll"),
             ReadText(cInstallDir + "\\Zendra.dll"));
+}
+
+TEST(RealInstall, ASourceOutsideTheCodePageRunsFromItsShortPath) {
+  SourceFolder source;
+  source.Standard();
+  // Two characters of the last folder are in no Western ANSI code page.
+  const std::wstring parent = L"C:\\Pr\u00fcfung";
+  const std::wstring unusual = parent + L"\\Qu\u00e9 \u6570\u5b66";
+  ASSERT_TRUE(::CreateDirectoryW(parent.c_str(), nullptr));
+  CopyTreeW(source.Dir(), unusual);
+  ChildProcess setup(unusual + L"\\Setup.exe", "-s -i");
+  EXPECT_EQ(0, setup.WaitForExit(60000));
+  wchar_t shortPath[MAX_PATH] = L"";
+  ASSERT_NE(0u, ::GetShortPathNameW(unusual.c_str(), shortPath, MAX_PATH));
+  const std::string log = ReadLog(cLog);
+  EXPECT_TRUE(Contains(log, "Install source folder = '" +
+                                fs::path(shortPath).string() + "'.\r\n"))
+      << log;
+  EXPECT_TRUE(Contains(log, "Installation successful!\r\n"));
+  EXPECT_EQ(SETUP_PRODUCT_VERSION_TEXT,
+            Value32(HKEY_LOCAL_MACHINE, cUninstallKey, "DisplayVersion"));
 }
 
 TEST(RealInstall, NoFontsAndNoVersionCheck) {

@@ -24,6 +24,17 @@ ChildProcess::ChildProcess(const std::string& exe,
     mInfo = {};
 }
 
+ChildProcess::ChildProcess(const std::wstring& exe,
+                           const std::string& arguments) {
+  std::wstring commandLine = L"\"" + exe + L"\" ";
+  commandLine.append(arguments.begin(), arguments.end());  // plain ASCII
+  STARTUPINFOW startup = {};
+  startup.cb = sizeof startup;
+  if (!::CreateProcessW(exe.c_str(), &commandLine[0], nullptr, nullptr, FALSE,
+                        0, nullptr, nullptr, &startup, &mInfo))
+    mInfo = {};
+}
+
 ChildProcess::~ChildProcess() {
   if (mInfo.hProcess) {
     if (::WaitForSingleObject(mInfo.hProcess, 0) == WAIT_TIMEOUT) {

@@ -14,6 +14,8 @@ std::string WindowsPath(const std::string& unixPath);
 class ChildProcess {
  public:
   ChildProcess(const std::string& exe, const std::string& arguments);
+  // A program whose path the ANSI code page can't write.
+  ChildProcess(const std::wstring& exe, const std::string& arguments);
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;

@@ -190,6 +190,11 @@ TEST_F(LocalFileSystemTest, AttributesSizesAndTimes) {
   EXPECT_GE(written, created);
   EXPECT_ASSERTION(LFS().GetFileTime(At("f.txt"), 2, written), "bad time type");
 
+  // A copy of the read-only file is writable.
+  EXPECT_EQ(Ok, LFS().Copy(At("f.txt"), At("copy.txt"), false));
+  EXPECT_FALSE(::GetFileAttributesA(Os(At("copy.txt")).c_str()) &
+               FILE_ATTRIBUTE_READONLY);
+  EXPECT_EQ(Ok, LFS().RemoveFile(At("copy.txt"), true));
   EXPECT_EQ(Ok, LFS().RemoveFile(At("f.txt"), true));  // forced: read-only too
   EXPECT_EQ(E_NotFound, LFS().GetItemType(At("f.txt")));
 }
