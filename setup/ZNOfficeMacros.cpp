@@ -349,30 +349,33 @@ namespace {
 
 // A template that is not there (another version's folder was the same, or
 // someone deleted it) counts as deleted.
-void DeleteTemplate(const CPath& target) {
+bool DeleteTemplate(const CPath& target) {
   CLocalFileSystem& lfs = CLocalFileSystem::Instance();
   const CStr path = target.OSToPathString();
   if (lfs.GetItemType(target) == Tern::E_NotFound) {
     LogText("Deleting %s: not there (already gone), result = success\n",
             path.Chars());
-    return;
+    return true;
   }
   const bool deleted = Tern::Succeeded(lfs.RemoveFile(target, true));
   LogText("Deleting %s, result = %s\n", path.Chars(),
           deleted ? "success" : "failure");
+  return deleted;
 }
 
 }  // namespace
 
-void RemoveMSWordMacros() {
+bool RemoveMSWordMacros() {
+  bool ok = true;
   for (Int r = cWordRowCount - 1; r >= 0; --r) {
     CStr folder;
     if (!FindStartupFolder(InstallWord[r], folder)) continue;
     CPath target(folder.Chars());
-    if (LogStatus(target.AppendComponent(InstallWord[r].macroFile),
-                  "Append the macro file name"))
-      DeleteTemplate(target);
+    ok = LogStatus(target.AppendComponent(InstallWord[r].macroFile),
+                   "Append the macro file name") &&
+         DeleteTemplate(target) && ok;
   }
+  return ok;
 }
 
 }  // namespace Zendra

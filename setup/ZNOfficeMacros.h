@@ -27,8 +27,8 @@ bool IsWordRunning();
 // False when any copy failed.
 bool InstallMSWordMacros(CZendraSetupApp& app);
 
-// Deletes the template from every Word version's Startup folder; failures
-// are logged only.
-void RemoveMSWordMacros();
+// Deletes the template from every Word version's Startup folder; false when
+// one that is there could not be deleted.
+bool RemoveMSWordMacros();
 
 }  // namespace Zendra

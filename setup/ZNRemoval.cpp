@@ -139,7 +139,7 @@ bool RemoveProduct(CZendraSetupApp& app) {
        ok;
   ok = UnregisterComponents(dir) && ok;
   LogOSBitness();
-  RemoveMSWordMacros();  // a failed deletion is logged only
+  ok = LogStep(RemoveMSWordMacros(), "Unable to remove Word Macros") && ok;
   ok = LogStep(RemoveMSPowerPtAddIns(), "Unable to remove PowerPoint Macros") &&
        ok;
   ok = LogStep(RemoveXmlNamespace(), "Removing XMLNamespace registry value.") &&

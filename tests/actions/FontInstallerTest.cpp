@@ -248,8 +248,7 @@ TEST_F(FontInstallerTest, AFontKnownOnlyAsASubstituteIsSkipped) {
   EXPECT_EQ("<none>", FontsKeyValue("Zendra Lattice (TrueType)"));
 }
 
-TEST_F(FontInstallerTest,
-       NameClashesGetNumberedFilesAndRemovalUndoesAnInstall) {
+TEST_F(FontInstallerTest, NameClashesGetNumberedFilesAndRemovalUndoesIt) {
   // Files of the same name that are no fonts at all.
   TestSupport::WriteFileBytes(SystemFontFile("lattice.ttf"), {'n', 'o'});
   ASSERT_EQ(Tern::Ok, Install(SampleFile("lattice.ttf")));

@@ -252,8 +252,9 @@ TEST(MimeFilter, EachTypeClaimedByAnotherFilterClashes) {
     CaseLog log;
     EXPECT_TRUE(Zendra::MimeFilterClashes()) << type;
     std::string text = log.Finish();
-    EXPECT_TRUE(Contains(text, std::string("For type = '") + type +
-                                   "', status = 3.\r\n    Filter clashes!!!\r\n"))
+    EXPECT_TRUE(
+        Contains(text, std::string("For type = '") + type +
+                           "', status = 3.\r\n    Filter clashes!!!\r\n"))
         << text;
     EXPECT_EQ(1, Count(text, "Filter clashes!!!")) << type;
     ASSERT_TRUE(WriteString(HKEY_CLASSES_ROOT, key, "CLSID", cFilterCLSID));
