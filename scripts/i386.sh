@@ -113,8 +113,9 @@ install_qemu() {
 register_handler() {
   if ! mountpoint -q "$binfmt"; then
     mount -t binfmt_misc binfmt_misc "$binfmt" || {
-      echo "i386: can't mount binfmt_misc on $binfmt; this kernel or container" \
-        "does not allow registering an emulator for 32-bit programs" >&2
+      echo "i386: can't mount binfmt_misc on $binfmt, so no emulator can be" \
+        "registered for 32-bit programs; boot the kernel with ia32_emulation=on," \
+        "or run on a machine (or a privileged container) that has binfmt_misc" >&2
       exit 1
     }
   fi
