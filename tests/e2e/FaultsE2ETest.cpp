@@ -23,7 +23,6 @@ using TestSupport::ChildProcess;
 
 namespace {
 
-const std::string cInstallDir = "C:\\Program Files (x86)\\Orvane\\Zendra";
 const char cSmallDrive[] = "P:\\";
 
 unsigned long long FreeBytes(const char* drive) {
@@ -185,9 +184,7 @@ TEST(Faults, FilesHeldOpenOrReadOnlyDuringARemoval) {
   // has ended.
   EXPECT_FALSE(FileExists(rules));
   EXPECT_FALSE(FileExists(cInstallDir + "\\Zendra.dll"));
-  for (int i = 0; i < 300 && FileExists(cInstallDir + "\\Setup.exe"); ++i)
-    ::Sleep(100);
-  EXPECT_FALSE(FileExists(cInstallDir + "\\Setup.exe"));
+  EXPECT_TRUE(WaitUntilGone(cInstallDir + "\\Setup.exe"));
   EXPECT_TRUE(FileExists(bho));
   ::CloseHandle(held);
 }

@@ -63,6 +63,15 @@ int RunSetup(const SourceFolder& source, const std::string& arguments,
   return code;
 }
 
+bool WaitUntilGone(const std::string& path, int seconds) {
+  for (int i = 0; i < seconds * 10; ++i) {
+    if (::GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+      return true;
+    ::Sleep(100);
+  }
+  return false;
+}
+
 std::string TempDir() {
   char buf[MAX_PATH] = "";
   ::GetTempPathA(sizeof buf, buf);

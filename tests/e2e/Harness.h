@@ -42,6 +42,25 @@ class SourceFolder {
 int RunSetup(const SourceFolder& source, const std::string& arguments,
              bool* showedWindow = nullptr);
 
+// Where the product lands on the test machine, a 64-bit Windows.
+inline const std::string cInstallDir =
+    "C:\\Program Files (x86)\\Orvane\\Zendra";
+inline const std::string cFontsDir =
+    "C:\\Program Files (x86)\\Orvane\\Common\\Fonts\\TrueType";
+// The folder of the Word 2016 that cases put on the machine.
+inline const std::string cWordFolder =
+    "C:\\Program Files (x86)\\Microsoft Office\\Office16";
+// The product's class and its Add/Remove Programs entry (32-bit view).
+inline const char cProductClass[] =
+    "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+inline const char cUninstallKey[] =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
+    "{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+
+// Waits up to `seconds` for `path` to go: a removal's batch file deletes
+// Setup.exe and its folder once Setup has ended.
+bool WaitUntilGone(const std::string& path, int seconds = 30);
+
 // The system's temporary folder, with a trailing backslash.
 std::string TempDir();
 std::string ReadLog(const std::string& fileName);  // empty when missing

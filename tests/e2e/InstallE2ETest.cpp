@@ -22,22 +22,13 @@ using namespace E2E;
 namespace fs = std::filesystem;
 using ActionsTest::Contains;
 using ActionsTest::Count;
+using ActionsTest::cWordTemplate;
 using ActionsTest::ReadText;
 using TestSupport::ChildProcess;
 
 namespace {
 
-const std::string cInstallDir = "C:\\Program Files (x86)\\Orvane\\Zendra";
-const std::string cFontsDir =
-    "C:\\Program Files (x86)\\Orvane\\Common\\Fonts\\TrueType";
-const char cProductClass[] = "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
-const char cUninstallKey[] =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
-    "{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
 const char cLog[] = "Zendra Install 1.log";
-const char cWordFolder[] =
-    "C:\\Program Files (x86)\\Microsoft Office\\Office16";
-const char cWordTemplate[] = "Zendra 4 Commands for Word (32 bit).dotm";
 const char cRunningWordLine[] =
     "Microsoft Word is running and this is either a silent install or user "
     "quit install.";

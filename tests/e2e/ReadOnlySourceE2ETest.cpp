@@ -22,11 +22,6 @@ using ActionsTest::SystemFontFile;
 
 namespace {
 
-const std::string cInstallDir = "C:\\Program Files (x86)\\Orvane\\Zendra";
-const std::string cFontsDir =
-    "C:\\Program Files (x86)\\Orvane\\Common\\Fonts\\TrueType";
-const std::string cWordFolder =
-    "C:\\Program Files (x86)\\Microsoft Office\\Office16";
 const std::string cTemplate =
     cWordFolder + "\\Startup\\" + ActionsTest::cWordTemplate;
 
@@ -53,11 +48,6 @@ bool Writable(const std::string& path) {
 
 void MakeReadOnly(const std::string& path) {
   ASSERT_TRUE(::SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY));
-}
-
-bool WaitUntilGone(const std::string& path) {
-  for (int i = 0; i < 300 && FileExists(path); ++i) ::Sleep(100);
-  return !FileExists(path);
 }
 
 }  // namespace

@@ -22,28 +22,12 @@ using TestSupport::ChildProcess;
 
 namespace {
 
-const std::string cInstallDir = "C:\\Program Files (x86)\\Orvane\\Zendra";
 const std::string cInstalledSetup = cInstallDir + "\\Setup.exe";
 const char cUninstallLog[] = "Zendra Uninstall.log";
-const char cProductClass[] = "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
-const char cUninstallKey[] =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
-    "{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
-const char cWordStartup[] =
-    "C:\\Program Files (x86)\\Microsoft Office\\Office16\\Startup";
+const std::string cWordStartup = cWordFolder + "\\Startup";
 
 bool KeyExists32(HKEY root, const std::string& key) {
   return ActionsTest::KeyExists(root, key, KEY_WOW64_32KEY);
-}
-
-// The batch file deletes Setup.exe and its folder once Setup has ended.
-bool WaitUntilGone(const std::string& path, int seconds = 30) {
-  for (int i = 0; i < seconds * 10; ++i) {
-    if (::GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES)
-      return true;
-    ::Sleep(100);
-  }
-  return false;
 }
 
 int RunInstalledSetup(const std::string& arguments) {
@@ -52,10 +36,8 @@ int RunInstalledSetup(const std::string& arguments) {
 }
 
 void MakeOffice() {
-  const std::string word =
-      "C:\\Program Files (x86)\\Microsoft Office\\Office16";
-  ActionsTest::MakeWordFolder(word);
-  ActionsTest::SetInstallRoot("16.0", "Word", word + "\\");
+  ActionsTest::MakeWordFolder(cWordFolder);
+  ActionsTest::SetInstallRoot("16.0", "Word", cWordFolder + "\\");
   ASSERT_TRUE(ActionsTest::CreateKey(
       HKEY_LOCAL_MACHINE,
       ActionsTest::OfficeKey("16.0", "PowerPoint") + "\\InstallRoot",
