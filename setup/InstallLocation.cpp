@@ -5,27 +5,21 @@
 #include <cctype>
 #include <cstring>
 
+#include "Components.h"
 #include "InstallLog.h"
-#include "Setup.h"
+#include "Product.h"
 #include "TRegistry_Win.h"
-#include "ZNInstall.h"
 
 namespace Zendra {
 
 using Tern::CError;
 using Tern::CLocalFileSystem;
+using Tern::CStr;
+using Tern::CVersion;
 using Tern::CWinRegKey;
-
-const char cConfigFileName[] = "zendra.ovc";
-const char cProductClassKey[] =
-    "HKEY_CLASSES_ROOT\\CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+using Tern::Int;
 
 namespace {
-
-const char cCannotCreateFolder[] =
-    "Unable to create Zendra folder (%s).\n\nYou must have permission to "
-    "install software in order to install Zendra.\nPlease log on with the "
-    "necessary permission, or contact your system administrator for help.";
 
 CLocalFileSystem& LFS() { return CLocalFileSystem::Instance(); }
 
@@ -38,13 +32,24 @@ bool AppendStep(CPath& path, const CPath& from, const char* component,
 
 }  // namespace
 
-bool CZendraSetupApp::GetConfigPath(CPath& path) const {
+bool CInstallLocation::GetConfigPath(CPath& path) {
   CError err = LFS().GetDirectory(CLocalFileSystem::dtModuleDir, path);
   return Tern::Succeeded(err) &&
          Tern::Succeeded(path.AppendComponent(cConfigFileName));
 }
 
-bool CZendraSetupApp::ReadSetupVersion() {
+bool CInstallLocation::Find() {
+  if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtAppDir, mSetupDir),
+                 "Could not get Setup.exe's directory"))
+    return false;
+  LogText("Install source folder = '%s'.\n",
+          mSetupDir.OSToPathString().Chars());
+  if (!ReadSetupVersion() || !InitInstallDirs()) return false;
+  DetectInstalledCopy();
+  return true;
+}
+
+bool CInstallLocation::ReadSetupVersion() {
   CLogBlock block("Getting version of Setup.exe");
   CPath setupExe;
   if (!AppendStep(setupExe, mSetupDir, "Setup.exe", "Append 'Setup'"))
@@ -63,7 +68,7 @@ bool CZendraSetupApp::ReadSetupVersion() {
   return true;
 }
 
-bool CZendraSetupApp::InitInstallDirs() {
+bool CInstallLocation::InitInstallDirs() {
   CLogBlock block("Initializing installation directories");
   CPath programFiles;
   if (!LogStatus(LFS().GetDirectory(CLocalFileSystem::dtWinProgramFilesDir,
@@ -72,15 +77,16 @@ bool CZendraSetupApp::InitInstallDirs() {
     return false;
   LogText("'Program Files' directory = '%s'.\n",
           programFiles.OSToPathString().Chars());
-  CPath fonts;
-  return AppendStep(mMakerDir, programFiles, "Orvane", "Append 'Orvane'") &&
-         AppendStep(mInstallDir, mMakerDir, "Zendra", "Append 'Zendra'") &&
-         AppendStep(mCommonDir, mMakerDir, "Common", "Append 'Common'") &&
-         AppendStep(fonts, mCommonDir, "Fonts", "Append 'Fonts'") &&
+  CPath common, fonts;
+  return AppendStep(mMakerDir, programFiles, cMakerFolder, "Append 'Orvane'") &&
+         AppendStep(mInstallDir, mMakerDir, cInstallFolder,
+                    "Append 'Zendra'") &&
+         AppendStep(common, mMakerDir, cCommonFolder, "Append 'Common'") &&
+         AppendStep(fonts, common, "Fonts", "Append 'Fonts'") &&
          AppendStep(mFontsDir, fonts, "TrueType", "Append 'TrueType'");
 }
 
-void CZendraSetupApp::DetectInstalledCopy() {
+void CInstallLocation::DetectInstalledCopy() {
   CLogBlock block("Check if Zendra already installed");
   mInstalledVersion = CVersion();
   mInstalledServerPath.Clear();
@@ -120,8 +126,9 @@ bool SameFolder(const CPath& a, const CPath& b) {
 
 // "Zendra" or a numbered "Zendra001" ... as the install names its folders.
 bool IsInstallFolderName(const CStr& name) {
-  if (::_strnicmp(name.Chars(), "Zendra", 6) != 0) return false;
-  const char* number = name.Chars() + 6;
+  const size_t length = sizeof cInstallFolder - 1;
+  if (::_strnicmp(name.Chars(), cInstallFolder, length) != 0) return false;
+  const char* number = name.Chars() + length;
   auto digit = [](char c) {
     return std::isdigit(static_cast<unsigned char>(c));
   };
@@ -131,9 +138,7 @@ bool IsInstallFolderName(const CStr& name) {
 
 }  // namespace
 
-// A removal runs from the installed copy's folder, where one was detected;
-// otherwise from one of the folders an install would have used.
-bool CZendraSetupApp::RunsFromInstalledFolder() {
+bool CInstallLocation::RunsFromInstalledFolder() const {
   CPath installed = mInstallDir, server;
   const bool detected =
       !mInstalledServerPath.IsEmpty() &&
@@ -157,16 +162,14 @@ bool CZendraSetupApp::RunsFromInstalledFolder() {
   return LogStep(false, why.Chars());
 }
 
-void CZendraSetupApp::SetInstallDir(const CPath& dir) {
+void CInstallLocation::SetInstallDir(const CPath& dir) {
   mInstallDir = dir;
   TERN_ASSERT(mInstallDir.IsValid());
   LogText("Installation directory = '%s'.\n",
           mInstallDir.OSToPathString().Chars());
 }
 
-// When the installed components are locked, the install goes to a fresh
-// numbered folder beside the usual one: Zendra001, Zendra002, ...
-bool CZendraSetupApp::FindNewInstallDir() {
+bool CInstallLocation::FindNewInstallDir() {
   if (!ComponentsInUse(mInstallDir)) return true;
   CLogBlock block("Find a new install directory");
   CPath parent;
@@ -175,7 +178,7 @@ bool CZendraSetupApp::FindNewInstallDir() {
     return false;
   for (Int n = 1;; ++n) {
     CStr name;
-    name.Format("Zendra%03d", static_cast<int>(n));
+    name.Format("%s%03d", cInstallFolder, static_cast<int>(n));
     CPath candidate;
     if (!AppendStep(candidate, parent, name.Chars(), "AddComponent"))
       return false;
@@ -190,24 +193,6 @@ bool CZendraSetupApp::FindNewInstallDir() {
       return LogStatus(type, "GetNodeType");
     }
   }
-}
-
-bool CZendraSetupApp::CreateDirectoryStep(const CPath& dir,
-                                          const char* description) {
-  CStr name;
-  name.Format("Create %s directory", description);
-  CLogBlock block(name.Chars());
-  if (LFS().GetItemType(dir) == Tern::S_FSIsDirectory) {
-    LogText("directory '%s' already exists.\n", dir.OSToPathString().Chars());
-    return true;
-  }
-  // The folders above it (Program Files\Orvane) may be missing too.
-  if (LogStatus(LFS().CreateDirectoryPath(dir), "Create directory."))
-    return true;
-  CStr text;
-  text.Format(cCannotCreateFolder, dir.OSToPathString().Chars());
-  MessageDialog(text.Chars(), mkError);
-  return false;
 }
 
 }  // namespace Zendra

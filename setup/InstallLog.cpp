@@ -4,7 +4,8 @@
 #include <ctime>
 #include <memory>
 
-#include "Setup.h"
+#include "ExitCode.h"
+#include "TApplication.h"
 #include "TFormat.h"
 #include "TVarList.h"
 
@@ -62,8 +63,8 @@ void CountError() { ++gErrorCount; }
 
 bool OpenLog(const char* fileNamePattern, bool numbered) {
   if (gLog) {  // closed as the program would: footer, no copy
-    CZendraSetupApp* app = CZendraSetupApp::Current();
-    CloseLog(app && app->IsVerbose(), app ? app->GetExitCode() : 0);
+    const Tern::CApplication* app = Tern::CApplication::Current();
+    CloseLog(false, app ? app->GetExitCode() : 0);
   }
   CPath tempDir;
   CError err = CLocalFileSystem::Instance().GetDirectory(

@@ -3,25 +3,26 @@
 #include <windows.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include "InstallLog.h"
+#include "InstallPlan.h"
+#include "Product.h"
+#include "ProductFiles.h"
+#include "SelfDelete.h"
 #include "SetupResource.h"
 #include "TError.h"
-#include "TFormat.h"
 #include "TRegistry_Win.h"
 #include "TVarList.h"
 #include "Version.h"
-#include "ZNInstall.h"
 
 namespace Zendra {
 
 using Tern::CError;
 using Tern::CLocalFileSystem;
 using Tern::CVarList;
+using Tern::CVersion;
 using Tern::CWinRegKey;
-
-const char cSetupCaption[] = "Zendra Setup";
-const char cMutexName[] = "ORV:ZendraSetup";
 
 namespace {
 
@@ -54,43 +55,14 @@ const char cHandlerRemovalFailed[] =
 const char cRemoved[] = "Zendra removed successfully.";
 const char cHandlerRemoved[] = "Protocol handler removed successfully.";
 
-const char cOrvaneKey[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Orvane";
-const char cUserSettingsKey[] = "HKEY_CURRENT_USER\\SOFTWARE\\Orvane\\OVZN4";
-const char cInternetExplorerKey[] =
-    "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer";
 const UInt32 cErrorAlreadyExists = 183;
 
 }  // namespace
-
-const char* ExitCodeName(Int exitCode) {
-  switch (exitCode) {
-    case exitOk:
-      return "exitOk";
-    case exitFailure:
-      return "exitFailure";
-    case exitBadCmdLine:
-      return "exitBadCmdLine";
-    case exitInUse:
-      return "exitInUse";
-    case exitNoPermission:
-      return "exitNoPermission";
-    case exitNewerVersion:
-      return "exitNewerVersion";
-    case exitBadIEVersion:
-      return "exitBadIEVersion";
-  }
-  TERN_FAIL("unknown exit code");
-  return "(unknown)";
-}
 
 CZendraSetupApp::CZendraSetupApp(UInt32 mutexError)
     : CGUIApplication(cSetupCaption), mMutexError(mutexError) {}
 
 CZendraSetupApp::~CZendraSetupApp() { CloseLog(mVerbose, GetExitCode()); }
-
-CZendraSetupApp* CZendraSetupApp::Current() {
-  return dynamic_cast<CZendraSetupApp*>(CApplication::Current());
-}
 
 Int CZendraSetupApp::Main(const char* cmdLine) {
   Int exitCode = CGUIApplication::Main(cmdLine);
@@ -122,29 +94,45 @@ void CZendraSetupApp::Run() {
   }
   AddRegistrySearchLocations();
 
-  bool crashVariable = false;
-  mCrash =
-      HasOption("crash", 0) ||
-      (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
-
   if (mMutexError == cErrorAlreadyExists) {
     MessageDialog(cAlreadyRunning, mkPlain);
     return;
   }
+  ReadOptions();
+  switch (mAction) {
+    case aInstall:
+      InstallSequence();
+      break;
+    case aRemove:
+      RemovalSequence();
+      break;
+    case aRemoveProtocolHandler:
+      ProtocolHandlerRemovalSequence();
+      break;
+    case aNone:
+      MessageDialog(cUseAddRemovePrograms, mkError);
+      SetExitCode(exitBadCmdLine);
+      break;
+  }
+}
 
-  // Options are tested in this fixed order, each against the first remaining
-  // argument, so that options given in another order are not recognised.
+// Options are tested in this fixed order, each against the first remaining
+// argument, so that options given in another order are not recognised.
+void CZendraSetupApp::ReadOptions() {
+  bool crashVariable = false;
+  mCrash =
+      HasOption("crash", 0) ||
+      (CVarList::Global().GetBool("Crash", crashVariable) && crashVariable);
   mSilent = HasOption("s", 0);
   mVerbose = HasOption("verbose", 0);
   if (HasOption("i", 0)) {
-    InstallSequence();
+    mAction = aInstall;
+    mInstallFonts = !HasOption("nofonts", 0);
+    mDisableVersionChecks = HasOption("noversioncheck", 0);
   } else if (HasOption("u", 0)) {
-    RemovalSequence();
+    mAction = aRemove;
   } else if (HasOption("uph", 0)) {
-    ProtocolHandlerRemovalSequence();
-  } else {
-    MessageDialog(cUseAddRemovePrograms, mkError);
-    SetExitCode(exitBadCmdLine);
+    mAction = aRemoveProtocolHandler;
   }
 }
 
@@ -175,7 +163,7 @@ void CZendraSetupApp::ReadOwnProductVersion() {
 // so that a machine never keeps a product it can't remove.
 bool CZendraSetupApp::ReadConfiguration() {
   CPath path;
-  if (!GetConfigPath(path)) return false;
+  if (!CInstallLocation::GetConfigPath(path)) return false;
   CVarList config;
   const Tern::CError read = config.ReadFile(path.OSToPathString().Chars());
   if (read == Tern::E_NotFound) {
@@ -189,12 +177,13 @@ bool CZendraSetupApp::ReadConfiguration() {
   return true;
 }
 
+// The maker's and the product's keys (both below HKEY_LOCAL_MACHINE), the
+// machine's before the user's.
 void CZendraSetupApp::AddRegistrySearchLocations() {
   CVarList& vars = CVarList::Global();
-  vars.AddSearchLocation("HKEY_LOCAL_MACHINE", "SOFTWARE\\Orvane");
-  vars.AddSearchLocation("HKEY_LOCAL_MACHINE", "SOFTWARE\\Orvane\\OVZN4");
-  vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane");
-  vars.AddSearchLocation("HKEY_CURRENT_USER", "SOFTWARE\\Orvane\\OVZN4");
+  for (const char* root : {"HKEY_LOCAL_MACHINE", "HKEY_CURRENT_USER"})
+    for (const char* key : {cMakerKey, cProductKey})
+      vars.AddSearchLocation(root, std::strchr(key, '\\') + 1);
 }
 
 // ---- The three sequences ---------------------------------------------------
@@ -204,8 +193,6 @@ void CZendraSetupApp::InstallSequence() {
     SetExitCode(exitFailure);
     return;
   }
-  const bool installFonts = !HasOption("nofonts", 0);
-  const bool noVersionCheck = HasOption("noversioncheck", 0);
   if (!PermissionProbe()) {
     NoPermission("install");
     return;
@@ -214,7 +201,8 @@ void CZendraSetupApp::InstallSequence() {
     FailureMessage(cInstallFailed);
     return;
   }
-  if (IsInstalled() && mInstalledVersion.IsGreater(mSetupVersion)) {
+  if (mLocation.IsInstalled() &&
+      mLocation.InstalledVersion().IsGreater(mLocation.SetupVersion())) {
     MessageDialog(cNewerVersion, mkError);
     SetExitCode(exitNewerVersion);
     FailureMessage(cInstallFailed);
@@ -226,8 +214,13 @@ void CZendraSetupApp::InstallSequence() {
     FailureMessage(cInstallFailed);
     return;
   }
-  FindNewInstallDir();  // on failure the install goes on in the old folder
-  if (!InstallProduct(*this, installFonts, noVersionCheck)) {
+  // On failure the install goes on in the usual folder.
+  mLocation.FindNewInstallDir();
+  CInstallContext context = MakeContext();
+  const InstallOutcome outcome = RunInstall(context);
+  // Once the install has changed the machine, its log also goes beside it.
+  if (outcome != ioNotFinished) mLogCopyDir = context.installDir;
+  if (outcome != ioSucceeded) {
     SetExitCode(exitFailure);
     FailureMessage(cInstallFailed);
     return;
@@ -246,10 +239,11 @@ void CZendraSetupApp::RemovalSequence() {
   }
   // The removal empties the folder it runs from: anywhere but the installed
   // folder that would destroy files that are not the product's.
-  if (RunsFromInstalledFolder()) {
-    SetInstallDir(mSetupDir);
+  if (mLocation.RunsFromInstalledFolder()) {
+    mLocation.SetInstallDir(mLocation.SetupDir());
     NoteMissingConfiguration();
-    if (RemoveProduct(*this)) {
+    CInstallContext context = MakeContext();
+    if (RunRemoval(context)) {
       MessageDialog(cRemoved, mkPlain);
       return;
     }
@@ -261,7 +255,7 @@ void CZendraSetupApp::RemovalSequence() {
 void CZendraSetupApp::NoteMissingConfiguration() {
   if (!mConfigMissing) return;
   CPath path;
-  GetConfigPath(path);
+  CInstallLocation::GetConfigPath(path);
   LogText(
       "Configuration file '%s' not found: removing with the built-in "
       "settings.\n",
@@ -276,14 +270,14 @@ void CZendraSetupApp::ProtocolHandlerRemovalSequence() {
   // When the preparation fails the success message is shown all the same:
   // there is nothing this removal could do then.
   if (OpenLogAndPrepare("Zendra Uninstall.log", false)) {
-    SetInstallDir(mSetupDir);
+    mLocation.SetInstallDir(mLocation.SetupDir());
     NoteMissingConfiguration();
-    if (!IsInstalled()) {
+    if (!mLocation.IsInstalled()) {
+      CInstallContext context = MakeContext();
       LogText("Deleting contents of directory: %s.\n",
-              mInstallDir.OSToPathString().Chars());
-      // Failures are ignored.
-      DeleteAllThatCanGo(mInstallDir);
-      if (!LogStep(RemoveSetupProgram(*this), "Removing Setup")) {
+              context.installDir.OSToPathString().Chars());
+      DeleteAllThatCanGo(context.installDir);  // failures are ignored
+      if (!LogStep(RemoveSetupProgram(context), "Removing Setup")) {
         SetExitCode(exitFailure);
         FailureMessage(cHandlerRemovalFailed);
         return;
@@ -293,9 +287,22 @@ void CZendraSetupApp::ProtocolHandlerRemovalSequence() {
   MessageDialog(cHandlerRemoved, mkPlain);
 }
 
+CInstallContext CZendraSetupApp::MakeContext() {
+  CInstallContext context;
+  context.setupDir = mLocation.SetupDir();
+  context.installDir = mLocation.InstallDir();
+  context.fontsDir = mLocation.FontsDir();
+  context.versionText = mLocation.SetupVersionText();
+  context.silent = mSilent;
+  context.installFonts = mInstallFonts;
+  context.disableVersionChecks = mDisableVersionChecks;
+  context.messages = this;
+  return context;
+}
+
 bool CZendraSetupApp::PermissionProbe() const {
   CWinRegKey orvane;
-  if (!orvane.Open(cOrvaneKey, Tern::rmCreate)) return false;
+  if (!orvane.Open(cMakerKey, Tern::rmCreate)) return false;
   CWinRegKey test;
   if (!test.Open("TestKey", orvane, Tern::rmCreate)) return false;
   test.Close();
@@ -322,21 +329,12 @@ bool CZendraSetupApp::OpenLogAndPrepare(const char* logName, bool numbered) {
   // -crash proves on a real machine that an internal error is reported into
   // the log and the run carries on.
   if (mCrash) TERN_FAIL("Crash test requested (-crash)");
-  if (!LogStatus(CLocalFileSystem::Instance().GetDirectory(
-                     CLocalFileSystem::dtAppDir, mSetupDir),
-                 "Could not get Setup.exe's directory"))
-    return false;
-  LogText("Install source folder = '%s'.\n",
-          mSetupDir.OSToPathString().Chars());
-  if (!ReadSetupVersion() || !InitInstallDirs()) return false;
-  DetectInstalledCopy();
-  return true;
+  return mLocation.Find();
 }
 
 bool CZendraSetupApp::InternetExplorerIsRecentEnough() const {
   CStr version;
-  if (!CWinRegKey::ReadString(cInternetExplorerKey, "Version", version))
-    return false;
+  if (!CWinRegKey::ReadString(cBrowserKey, "Version", version)) return false;
   // The major number is the text before the first "."; without a "." in a
   // place after the first character ("11", ".5") the whole text is taken.
   const Int dot = version.Find('.');
@@ -346,9 +344,11 @@ bool CZendraSetupApp::InternetExplorerIsRecentEnough() const {
 
 void CZendraSetupApp::ShowSuccess() {
   const bool upgraded =
-      IsInstalled() && mSetupVersion.IsGreater(mInstalledVersion);
+      mLocation.IsInstalled() &&
+      mLocation.SetupVersion().IsGreater(mLocation.InstalledVersion());
   CStr text;
-  text.Format(upgraded ? cUpgraded : cInstalled, mSetupVersionText.Chars());
+  text.Format(upgraded ? cUpgraded : cInstalled,
+              mLocation.SetupVersionText().Chars());
   LogText("%s\n", text.Chars());  // the outcome, also for silent runs
   if (!mSilent) ShowNotificationDialog(text.Chars());
   StoreNotify();

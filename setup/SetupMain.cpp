@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include "InstallLog.h"
+#include "Product.h"
 #include "Setup.h"
 #include "TError.h"
 

@@ -1,47 +1,27 @@
-#include "ZNOfficeMacros.h"
+#include "WordMacros.h"
 
 #include <windows.h>
 
 #include <vector>
 
 #include "InstallLog.h"
-#include "Setup.h"
+#include "OfficeRegistry.h"
 #include "SetupResource.h"
+#include "StringTable.h"
 #include "TError.h"
 #include "TFormat.h"
 #include "TVarList.h"
-#include "ZNOfficeRegistry.h"
 
 namespace Zendra {
 
 using Tern::CFormat;
 using Tern::CLocalFileSystem;
 
+namespace {
+
 const char cWordMacroFile[] = "Zendra 4 Commands for Word (32 bit).dotm";
 
-Tern::CStr GetResStr(unsigned strID) {
-  char buf[1024] = "";
-  int n = ::LoadStringA(::GetModuleHandleA(nullptr), strID, buf, sizeof buf);
-  if (n <= 0) {
-    Tern::CFormat message(
-        "Bad param to GetResStr: no string for strID = 0x<StrID,x>.", nullptr,
-        Tern::CFormat::fmtNoGlobalExpansion);
-    message.Item("StrID", static_cast<Tern::UInt32>(strID));
-    Tern::AssertFailed("%s", message.Result().Chars());
-    return Tern::CStr();
-  }
-  return Tern::CStr(buf, n);
-}
-
-Tern::CStr GetResBlock(unsigned baseID) {
-  Tern::CStr text;
-  for (unsigned id = baseID;; ++id) {
-    Tern::CStr part = GetResStr(id);
-    if (part == "!END!" || part.IsEmpty()) break;
-    text += part;
-  }
-  return text;
-}
+}  // namespace
 
 bool IsWordRunning() {
   HWND word = ::FindWindowA("OpusApp", nullptr);
@@ -55,9 +35,6 @@ bool IsWordRunning() {
   LogText("%s", line.Result().Chars());
   return word != nullptr;
 }
-
-// ---- Word macros
-// -------------------------------------------------------------
 
 namespace {
 
@@ -141,12 +118,11 @@ CFormat LogTemplate(const char* text) {
 // Reads "PATH" of the key's "InstallRoot" subkey.
 bool ReadInstallRoot(const char* rowKey, const WordRow& row,
                      const char* valueName, CStr& path) {
-  HKEY root;
-  CStr subKey;
-  if (!IniParsePath(rowKey, root, subKey)) return false;
-  subKey += "\\";
-  subKey += row.installRootName;
-  return ReadOfficeString(root, subKey.Chars(), valueName, path);
+  COfficeKey key;
+  if (!IniParsePath(rowKey, key)) return false;
+  key.subKey += "\\";
+  key.subKey += row.installRootName;
+  return ReadOfficeString(key, valueName, path);
 }
 
 // Without one pair of surrounding quotes, ending in a backslash.
@@ -208,10 +184,9 @@ void LogFindResult(const WordRow& row, const CStr& path, bool gotPath,
 // else of the Common key's. False when the version is not there.
 bool FindStartupFolder(const WordRow& row, CStr& startupFolder) {
   const bool is64BitOS = OSIs64Bit();
-  HKEY root;
-  CStr wordKey;
-  if (!IniParsePath(row.wordKey, root, wordKey) ||
-      !RegKeyExists(root, wordKey.Chars(), OfficeView())) {
+  COfficeKey wordKey;
+  if (!IniParsePath(row.wordKey, wordKey) ||
+      !RegKeyExists(wordKey, OfficeView())) {
     LogText("regKeyFound is False: %s\n", row.wordKey + 4);
     return false;
   }
@@ -256,7 +231,8 @@ MacroFailure ExamineTarget(const CPath& folder, const CPath& target) {
 }
 
 // The warning composed from the row's blocks in the string table.
-void ShowMacroError(CZendraSetupApp& app, Int row, MacroFailure failure) {
+void ShowMacroError(const CInstallContext& context, Int row,
+                    MacroFailure failure) {
   bool noReadOnlyErrors = false;
   Tern::CVarList& vars = Tern::CVarList::Global();
   vars.GetBool("NoROMacroErrs", noReadOnlyErrors);
@@ -275,10 +251,10 @@ void ShowMacroError(CZendraSetupApp& app, Int row, MacroFailure failure) {
   CStr message = GetResBlock(IDS_WORD_MESSAGE_BASE + offset);
   report.Expand(message);
   vars.Expand(message);
-  app.MessageDialog(message.Chars(), mkWarning);
+  context.Message(message.Chars(), mkWarning);
 }
 
-void InstallMSWordMacrosError(CZendraSetupApp& app, Int row,
+void InstallMSWordMacrosError(const CInstallContext& context, Int row,
                               const CPath& folder, const CPath& target) {
   LogText("InstallMSWordMacrosError\n");
   const MacroFailure failure = ExamineTarget(folder, target);
@@ -289,7 +265,7 @@ void InstallMSWordMacrosError(CZendraSetupApp& app, Int row,
   line.Item("StartupFolder", folder.OSToPathString().Chars());
   line.Item("Reason", cFailureLogText[failure]);
   LogLine(line);
-  if (!app.IsSilent()) ShowMacroError(app, row, failure);
+  if (!context.silent) ShowMacroError(context, row, failure);
 }
 
 bool SharedFolder(Int row, const StartupList& startupList,
@@ -306,9 +282,9 @@ bool SharedFolder(Int row, const StartupList& startupList,
   return true;
 }
 
-bool CopyMacros(CZendraSetupApp& app, Int row, WordVersion& version) {
+bool CopyMacros(const CInstallContext& context, Int row, WordVersion& version) {
   const WordRow& word = InstallWord[row];
-  CPath source = app.InstallDir(), folder(version.startupFolder.Chars());
+  CPath source = context.installDir, folder(version.startupFolder.Chars());
   CPath target = folder;
   if (!LogStatus(source.Append(CPath(word.sourceSubfolder)),
                  "Append the macros' folder") ||
@@ -324,13 +300,13 @@ bool CopyMacros(CZendraSetupApp& app, Int row, WordVersion& version) {
     version.installed = true;
     return true;
   }
-  InstallMSWordMacrosError(app, row, folder, target);
+  InstallMSWordMacrosError(context, row, folder, target);
   return false;
 }
 
 }  // namespace
 
-bool InstallMSWordMacros(CZendraSetupApp& app) {
+bool InstallMSWordMacros(CInstallContext& context) {
   LogText("\nInstalling MS Word macros...\n");
   LogOSBitness();
   WordVersion versions[cWordRowCount];
@@ -340,7 +316,7 @@ bool InstallMSWordMacros(CZendraSetupApp& app) {
   for (Int r = cWordRowCount - 1; r >= 0; --r) {
     if (!versions[r].present || SharedFolder(r, startupList, versions[r]))
       continue;
-    ok = CopyMacros(app, r, versions[r]) && ok;
+    ok = CopyMacros(context, r, versions[r]) && ok;
   }
   return ok;
 }
@@ -365,7 +341,8 @@ bool DeleteTemplate(const CPath& target) {
 
 }  // namespace
 
-bool RemoveMSWordMacros() {
+bool RemoveMSWordMacros(CInstallContext&) {
+  LogOSBitness();
   bool ok = true;
   for (Int r = cWordRowCount - 1; r >= 0; --r) {
     CStr folder;

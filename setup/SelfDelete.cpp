@@ -1,17 +1,13 @@
-// Removing the Setup program itself: Setup.exe runs from the folder it must
-// delete, so a batch file in the temporary folder waits until Setup has
-// ended, deletes it and the then empty folder, and finally itself. The batch
-// starts at idle priority while Setup raises its own, so that Setup ends
-// first; the batch's loop also copes with the other order.
+// The batch starts at idle priority while Setup raises its own, so that
+// Setup ends first; the batch's loop also copes with the other order.
+#include "SelfDelete.h"
+
 #include <windows.h>
 
 #include <string>
 
 #include "InstallLog.h"
-#include "Setup.h"
 #include "TScopedHandle_Win.h"
-#include "TStr.h"
-#include "ZNInstall.h"
 
 namespace Zendra {
 
@@ -78,9 +74,9 @@ bool StartBatch(const CStr& batch, const CStr& tempDir) {
 
 }  // namespace
 
-bool RemoveSetupProgram(CZendraSetupApp& app) {
+bool RemoveSetupProgram(CInstallContext& context) {
   CLogBlock block("Remove the Setup program");
-  CPath setup = app.InstallDir(), tempDir, batch;
+  CPath setup = context.installDir, tempDir, batch;
   if (!LogStatus(setup.AppendComponent("Setup.exe"), "Append Setup", false) ||
       !LogStatus(CLocalFileSystem::Instance().GetDirectory(
                      CLocalFileSystem::dtTempDir, tempDir),
@@ -92,7 +88,7 @@ bool RemoveSetupProgram(CZendraSetupApp& app) {
     return false;
   const CStr batchText = batch.OSToPathString();
   if (!CreateBatchFile(batchText, setup.OSToPathString(),
-                       app.InstallDir().OSToPathString()))
+                       context.installDir.OSToPathString()))
     return false;
   return StartBatch(batchText, tempDir.OSToPathString());
 }

@@ -2,18 +2,16 @@
 // the 64-bit registry view on a 64-bit system, and removed again.
 #pragma once
 
-#include "TFileSystem.h"
+#include "InstallContext.h"
 
 namespace Zendra {
-
-extern const char cPowerPointAddInFile[];
 
 // Writes "AutoLoad" and "Path" for every PowerPoint version whose
 // "InstallRoot" key exists; a failed row does not stop the others. False
 // when any write failed.
-bool InstallMSPowerPtAddIns(const Tern::CPath& installDir);
-// Deletes the add-in's key of every version that has one; failures are
-// logged only.
-bool RemoveMSPowerPtAddIns();
+bool InstallMSPowerPtAddIns(CInstallContext& context);
+// Deletes the add-in's key of every version that has one; false when one
+// that is there could not be deleted.
+bool RemoveMSPowerPtAddIns(CInstallContext& context);
 
 }  // namespace Zendra

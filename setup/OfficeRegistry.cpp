@@ -1,4 +1,6 @@
-#include "ZNOfficeRegistry.h"
+#include "OfficeRegistry.h"
+
+#include <windows.h>
 
 #include "InstallLog.h"
 #include "TFormat.h"
@@ -15,25 +17,30 @@ namespace {
 const char cRegPrefix[] = "REG*";
 
 // "0x80000002\Software\..." as the failure texts name a key.
-CStr KeyText(HKEY root, const char* subKey) {
+CStr KeyText(const COfficeKey& key) {
   CFormat text("0x<RootKey:08X>\\<SubKey>", nullptr,
                CFormat::fmtNoGlobalExpansion);
-  text.Item("RootKey", static_cast<UInt32>(reinterpret_cast<UINT_PTR>(root)));
-  text.Item("SubKey", subKey);
+  text.Item("RootKey",
+            static_cast<UInt32>(reinterpret_cast<UINT_PTR>(key.root)));
+  text.Item("SubKey", key.subKey.Chars());
   return text.Result();
 }
 
-bool CreateKey(CWinRegKey& key, HKEY root, const char* subKey) {
+bool OpenInView(CWinRegKey& key, const COfficeKey& where, Tern::Int mode) {
   CWinRegKey rootKey(key.GetView());
-  if (rootKey.AttachRoot(root) && key.Open(subKey, rootKey, Tern::rmCreate))
-    return true;
+  return rootKey.AttachRoot(where.root) &&
+         key.Open(where.subKey.Chars(), rootKey, mode);
+}
+
+bool CreateKey(CWinRegKey& key, const COfficeKey& where) {
+  if (OpenInView(key, where, Tern::rmCreate)) return true;
   CFormat text("RegCreateKeyValue couldn't create key, \"<Key>\".", nullptr,
                CFormat::fmtNoGlobalExpansion);
-  text.Item("Key", KeyText(root, subKey).Chars());
+  text.Item("Key", KeyText(where).Chars());
   return LogStep(false, text.Result().Chars());
 }
 
-bool ValueSet(bool ok, HKEY root, const char* subKey, const char* valueName,
+bool ValueSet(bool ok, const COfficeKey& where, const char* valueName,
               const CStr& data) {
   if (ok) return true;
   CFormat text(
@@ -42,7 +49,7 @@ bool ValueSet(bool ok, HKEY root, const char* subKey, const char* valueName,
       nullptr, CFormat::fmtNoGlobalExpansion);
   text.Item("ValueName", *valueName ? valueName : "(Default)");
   text.Item("ValueData", data.Chars());
-  text.Item("Key", KeyText(root, subKey).Chars());
+  text.Item("Key", KeyText(where).Chars());
   return LogStep(false, text.Result().Chars());
 }
 
@@ -52,7 +59,7 @@ Int ViewFor(bool use64BitVersion) {
 
 }  // namespace
 
-bool IniParsePath(const char* path, HKEY& root, CStr& subKey) {
+bool IniParsePath(const char* path, COfficeKey& key) {
   const CStr text(path ? path : "");
   const Int prefixLen = sizeof cRegPrefix - 1;
   if (text.Mid(0, prefixLen) != cRegPrefix) return false;
@@ -61,30 +68,29 @@ bool IniParsePath(const char* path, HKEY& root, CStr& subKey) {
   if (slash <= 0) return false;
   void* found = CWinRegKey::FindRootKey(rest.Mid(0, slash), false);
   if (!found) return false;
-  root = static_cast<HKEY>(found);
-  subKey = rest.Mid(slash + 1);
+  key.root = found;
+  key.subKey = rest.Mid(slash + 1);
   return true;
 }
 
-bool RegCreateKeyValue(HKEY root, const char* subKey, const char* valueName,
+bool RegCreateKeyValue(const COfficeKey& where, const char* valueName,
                        const char* data, bool use64BitVersion) {
   CWinRegKey key(ViewFor(use64BitVersion));
-  if (!CreateKey(key, root, subKey)) return false;
-  return ValueSet(key.SetString(*valueName ? valueName : nullptr, data), root,
-                  subKey, valueName, CStr(data));
+  if (!CreateKey(key, where)) return false;
+  return ValueSet(key.SetString(*valueName ? valueName : nullptr, data), where,
+                  valueName, CStr(data));
 }
 
-bool RegCreateKeyValue(HKEY root, const char* subKey, const char* valueName,
-                       DWORD data, bool use64BitVersion) {
+bool RegCreateKeyValue(const COfficeKey& where, const char* valueName,
+                       UInt32 data, bool use64BitVersion) {
   CWinRegKey key(ViewFor(use64BitVersion));
-  if (!CreateKey(key, root, subKey)) return false;
+  if (!CreateKey(key, where)) return false;
   CStr text;
   text.Format("%lu", static_cast<unsigned long>(data));
-  return ValueSet(key.SetNumber(valueName, data), root, subKey, valueName,
-                  text);
+  return ValueSet(key.SetNumber(valueName, data), where, valueName, text);
 }
 
-bool RegDeleteKeyInView(HKEY root, const char* subKey, bool use64BitVersion) {
+bool RegDeleteKeyInView(const COfficeKey& where, bool use64BitVersion) {
   using DeleteKeyEx = LONG(WINAPI*)(HKEY, LPCSTR, REGSAM, DWORD);
   HMODULE advapi = ::GetModuleHandleA("AdvAPI32.dll");
   auto deleteKeyEx =
@@ -92,6 +98,8 @@ bool RegDeleteKeyInView(HKEY root, const char* subKey, bool use64BitVersion) {
                    ::GetProcAddress(advapi, "RegDeleteKeyExA")))
              : nullptr;
   const REGSAM view = use64BitVersion ? KEY_WOW64_64KEY : 0;
+  const HKEY root = static_cast<HKEY>(where.root);
+  const char* subKey = where.subKey.Chars();
   LONG result = deleteKeyEx ? deleteKeyEx(root, subKey, view, 0)
                             : ::RegDeleteKeyA(root, subKey);
   return result == ERROR_SUCCESS;
@@ -101,16 +109,15 @@ Int OfficeView() {
   return OSIs64Bit() ? Tern::rv32BitView : Tern::rvDefaultView;
 }
 
-bool RegKeyExists(HKEY root, const char* subKey, Int view) {
-  CWinRegKey rootKey(view), key(view);
-  return rootKey.AttachRoot(root) && key.Open(subKey, rootKey, Tern::rmRead);
+bool RegKeyExists(const COfficeKey& where, Int view) {
+  CWinRegKey key(view);
+  return OpenInView(key, where, Tern::rmRead);
 }
 
-bool ReadOfficeString(HKEY root, const char* subKey, const char* name,
-                      CStr& value) {
-  CWinRegKey rootKey(OfficeView()), key(OfficeView());
-  return rootKey.AttachRoot(root) && key.Open(subKey, rootKey, Tern::rmRead) &&
-         key.GetString(name, value) && !value.IsEmpty();
+bool ReadOfficeString(const COfficeKey& where, const char* name, CStr& value) {
+  CWinRegKey key(OfficeView());
+  return OpenInView(key, where, Tern::rmRead) && key.GetString(name, value) &&
+         !value.IsEmpty();
 }
 
 bool OSIs64Bit() {

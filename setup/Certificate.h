@@ -2,10 +2,12 @@
 // its place in the machine's "TrustedPublisher" store.
 #pragma once
 
+#include "InstallContext.h"
+
 namespace Zendra {
 
 // Adds the certificate (replacing an equal one) and logs "Adding certificate
 // succeeded" or "... failed". The install goes on either way.
-bool AddTrustedPublisherCertificate();
+bool AddTrustedPublisherCertificate(CInstallContext& context);
 
 }  // namespace Zendra

@@ -1,19 +1,19 @@
-#include "ZNPowerPoint.h"
+#include "PowerPointAddIn.h"
 
 #include "InstallLog.h"
+#include "OfficeRegistry.h"
+#include "StringTable.h"
 #include "TFormat.h"
 #include "TRegistry_Win.h"
-#include "ZNOfficeMacros.h"
-#include "ZNOfficeRegistry.h"
 
 namespace Zendra {
 
 using Tern::CFormat;
 
+namespace {
+
 const char cPowerPointAddInFile[] =
     "Zendra 4 Commands for PowerPoint (32-bit).ppam";
-
-namespace {
 
 struct PowerPtRow {
   unsigned nameID;
@@ -21,7 +21,7 @@ struct PowerPtRow {
   Int bitness;
   const char* addInKey;
   const char* installKey;  // ends in a backslash
-  DWORD autoLoad;
+  UInt32 autoLoad;
   const char* addInFile;
   const char* sourceSubfolder;
 };
@@ -63,10 +63,8 @@ const PowerPtRow InstallPowerPt[5] = {
 bool IsPresent(const PowerPtRow& row) {
   CStr keyPath(row.installKey);
   keyPath.Truncate(keyPath.Length() - 1);
-  HKEY root;
-  CStr subKey;
-  return IniParsePath(keyPath.Chars(), root, subKey) &&
-         RegKeyExists(root, subKey.Chars(), OfficeView());
+  COfficeKey key;
+  return IniParsePath(keyPath.Chars(), key) && RegKeyExists(key, OfficeView());
 }
 
 CStr AddInName(const PowerPtRow& row) {
@@ -77,10 +75,10 @@ CStr AddInName(const PowerPtRow& row) {
 }
 
 // The add-in's own key below the row's AddIns key.
-bool AppKey(const PowerPtRow& row, HKEY& root, CStr& appKeyStr) {
-  if (!IniParsePath(row.addInKey, root, appKeyStr)) return false;
-  appKeyStr += "\\";
-  appKeyStr += AddInName(row);
+bool AppKey(const PowerPtRow& row, COfficeKey& appKey) {
+  if (!IniParsePath(row.addInKey, appKey)) return false;
+  appKey.subKey += "\\";
+  appKey.subKey += AddInName(row);
   return true;
 }
 
@@ -96,9 +94,9 @@ bool AddInPath(const CPath& installDir, const PowerPtRow& row, CStr& path) {
 
 bool InstallRow(const CPath& installDir, const PowerPtRow& row) {
   const CStr name = GetResStr(row.nameID);
-  HKEY root;
-  CStr appKeyStr, fname;
-  if (!LogStep(AppKey(row, root, appKeyStr), "Parse the AddIns key") ||
+  COfficeKey appKey;
+  CStr fname;
+  if (!LogStep(AppKey(row, appKey), "Parse the AddIns key") ||
       !AddInPath(installDir, row, fname))
     return false;
   CFormat line(
@@ -107,19 +105,17 @@ bool InstallRow(const CPath& installDir, const PowerPtRow& row) {
       nullptr, CFormat::fmtNoGlobalExpansion);
   line.Item("PowerPtVer", name.Chars());
   line.Item("fname", fname.Chars());
-  line.Item("aks", appKeyStr.Chars());
+  line.Item("aks", appKey.subKey.Chars());
   line.Item("addInName", AddInName(row).Chars());
   LogText("%s", line.Result().Chars());
   const bool use64BitVersion = OSIs64Bit();
-  return RegCreateKeyValue(root, appKeyStr.Chars(), "AutoLoad", row.autoLoad,
-                           use64BitVersion) &&
-         RegCreateKeyValue(root, appKeyStr.Chars(), "Path", fname.Chars(),
-                           use64BitVersion);
+  return RegCreateKeyValue(appKey, "AutoLoad", row.autoLoad, use64BitVersion) &&
+         RegCreateKeyValue(appKey, "Path", fname.Chars(), use64BitVersion);
 }
 
 }  // namespace
 
-bool InstallMSPowerPtAddIns(const CPath& installDir) {
+bool InstallMSPowerPtAddIns(CInstallContext& context) {
   CLogBlock block("Check versions of PowerPoint and adding macros for them");
   bool ok = true;
   for (const PowerPtRow& row : InstallPowerPt) {
@@ -128,25 +124,20 @@ bool InstallMSPowerPtAddIns(const CPath& installDir) {
               GetResStr(row.nameID).Chars());
       continue;
     }
-    ok = InstallRow(installDir, row) && ok;
+    ok = InstallRow(context.installDir, row) && ok;
   }
   return ok;
 }
 
-// False when an add-in key that is there could not be deleted.
-bool RemoveMSPowerPtAddIns() {
+bool RemoveMSPowerPtAddIns(CInstallContext&) {
   bool ok = true;
   const bool use64BitVersion = OSIs64Bit();
   const Int view = use64BitVersion ? Tern::rv64BitView : Tern::rvDefaultView;
   for (const PowerPtRow& row : InstallPowerPt) {
-    HKEY root;
-    CStr appKeyStr;
-    if (!AppKey(row, root, appKeyStr) ||
-        !RegKeyExists(root, appKeyStr.Chars(), view))
-      continue;
-    const bool deleted =
-        RegDeleteKeyInView(root, appKeyStr.Chars(), use64BitVersion);
-    LogText("Deleting %s, result = %s\n", appKeyStr.Chars(),
+    COfficeKey appKey;
+    if (!AppKey(row, appKey) || !RegKeyExists(appKey, view)) continue;
+    const bool deleted = RegDeleteKeyInView(appKey, use64BitVersion);
+    LogText("Deleting %s, result = %s\n", appKey.subKey.Chars(),
             deleted ? "success" : "failure");
     ok = deleted && ok;
   }

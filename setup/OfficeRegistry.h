@@ -2,36 +2,41 @@
 // chosen registry view, key deletion in a view, and the system's bitness.
 #pragma once
 
-#include <windows.h>
-
 #include "TString.h"
 
 namespace Zendra {
 
+// A key as the Office tables name it: one of the predefined roots (an HKEY)
+// and the path below it.
+struct COfficeKey {
+  void* root = nullptr;
+  Tern::CStr subKey;
+};
+
 // Splits "REG*HKEY_LOCAL_MACHINE\Software\..." into the predefined root and
 // the rest. False (and nothing set) for any other form.
-bool IniParsePath(const char* path, HKEY& root, Tern::CStr& subKey);
+bool IniParsePath(const char* path, COfficeKey& key);
 
 // Creates the key (in the 64-bit view when asked) and sets a string or a
 // DWORD value; an empty value name sets the default value. Each failure is
 // logged with its own text.
-bool RegCreateKeyValue(HKEY root, const char* subKey, const char* valueName,
+bool RegCreateKeyValue(const COfficeKey& key, const char* valueName,
                        const char* data, bool use64BitVersion);
-bool RegCreateKeyValue(HKEY root, const char* subKey, const char* valueName,
-                       DWORD data, bool use64BitVersion);
+bool RegCreateKeyValue(const COfficeKey& key, const char* valueName,
+                       Tern::UInt32 data, bool use64BitVersion);
 
 // Deletes a key that has no subkeys, with its values, in the 64-bit view
 // when asked ("RegDeleteKeyExA", looked up at run time; without it the key
 // is deleted in the program's own view).
-bool RegDeleteKeyInView(HKEY root, const char* subKey, bool use64BitVersion);
+bool RegDeleteKeyInView(const COfficeKey& key, bool use64BitVersion);
 
 // The view 32-bit Office keeps its keys in: the 32-bit one on a 64-bit
 // system, the only one otherwise.
 Tern::Int OfficeView();
 // Whether the key exists in the view (a Tern::RegView).
-bool RegKeyExists(HKEY root, const char* subKey, Tern::Int view);
+bool RegKeyExists(const COfficeKey& key, Tern::Int view);
 // A string value of the key in Office's view; false when missing or empty.
-bool ReadOfficeString(HKEY root, const char* subKey, const char* name,
+bool ReadOfficeString(const COfficeKey& key, const char* name,
                       Tern::CStr& value);
 
 // The global variable "OSIs64Bit"; when no one set it, it is set here from

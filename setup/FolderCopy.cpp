@@ -1,12 +1,25 @@
-#include "ZNVisitors.h"
+#include "FolderCopy.h"
 
 #include "InstallLog.h"
-#include "Setup.h"
-#include "ZNFiles.h"
 
 namespace Zendra {
 
 using Tern::CLocalFileSystem;
+
+bool CopyOneFile(const char* name, const CPath& srcDir, const CPath& destDir) {
+  TERN_ASSERT(name && *name);
+  TERN_ASSERT(srcDir.IsValid());
+  TERN_ASSERT(destDir.IsValid());
+  if (!name || !*name || !srcDir.IsValid() || !destDir.IsValid()) return false;
+  LogText("Copy '%s' from '%s' to '%s'.\n", name,
+          srcDir.OSToPathString().Chars(), destDir.OSToPathString().Chars());
+  CPath src = srcDir, dest = destDir;
+  if (!LogStatus(src.AppendComponent(name), "Append filename to srcDir") ||
+      !LogStatus(dest.AppendComponent(name), "Append filename to destDir"))
+    return false;
+  return LogStatus(CLocalFileSystem::Instance().Copy(src, dest, true),
+                   "Copying file");
+}
 
 bool CreateInstallDirectory(const char* label, const CPath& dir) {
   LogText("creating %s directory = '%s'\n", label,
@@ -15,30 +28,10 @@ bool CreateInstallDirectory(const char* label, const CPath& dir) {
                    "Create directory.");
 }
 
-CZendraFileInstallVisitor::CZendraFileInstallVisitor(CZendraSetupApp& app,
-                                                     const CPath& destDir,
-                                                     const char* label)
-    : mApp(app), mDestDir(destDir), mLabel(label) {}
+CFolderCopy::CFolderCopy(const CPath& destDir, const char* label)
+    : mDestDir(destDir), mLabel(label) {}
 
-bool CZendraFileInstallVisitor::VisitFile(const CPath& file) {
-  LogText("copying %s file\n", mLabel.Chars());
-  CStr name;
-  CPath srcDir;
-  if (!LogStatus(file.GetComponentString(CPath::ctFile, name),
-                 "GetComponent") ||
-      !LogStatus(file.GetComponent(CPath::ctDir, srcDir), "GetComponent"))
-    return false;
-  return CopyOneFile(mApp, name.Chars(), srcDir, mDestDir);
-}
-
-CZendraDirVisitor::CZendraDirVisitor(CZendraSetupApp& app, const CPath& destDir,
-                                     const char* label)
-    : mApp(app),
-      mDestDir(destDir),
-      mLabel(label),
-      mFiles(app, destDir, label) {}
-
-bool CZendraDirVisitor::Walk(const CPath& srcDir) {
+bool CFolderCopy::Walk(const CPath& srcDir) {
   CError type = CLocalFileSystem::Instance().GetItemType(srcDir);
   if (type != Tern::S_FSIsDirectory) {
     LogText("Source folder '%s' is missing.\n",
@@ -50,18 +43,28 @@ bool CZendraDirVisitor::Walk(const CPath& srcDir) {
   return Tern::Succeeded(WalkTree(srcDir));
 }
 
-CError CZendraDirVisitor::WalkTree(const CPath& srcDir) {
+CError CFolderCopy::WalkTree(const CPath& srcDir) {
   CError walked =
       CLocalFileSystem::Instance().EnumerateDirectory(srcDir, "*", *this);
   if (walked != Tern::Failure) LogStatus(walked, "Walk source folder");
   return walked;
 }
 
-Tern::CError CZendraDirVisitor::Visit(Tern::CFileSystem& fs,
-                                      const CPath& entry) {
+bool CFolderCopy::CopyFile(const CPath& file) {
+  LogText("copying %s file\n", mLabel.Chars());
+  CStr name;
+  CPath srcDir;
+  if (!LogStatus(file.GetComponentString(CPath::ctFile, name),
+                 "GetComponent") ||
+      !LogStatus(file.GetComponent(CPath::ctDir, srcDir), "GetComponent"))
+    return false;
+  return CopyOneFile(name.Chars(), srcDir, mDestDir);
+}
+
+CError CFolderCopy::Visit(Tern::CFileSystem& fs, const CPath& entry) {
   const CError type = fs.GetItemType(entry);
   if (type == Tern::S_FSIsFile)
-    return mFiles.VisitFile(entry) ? Tern::Ok : Tern::Failure;
+    return CopyFile(entry) ? Tern::Ok : Tern::Failure;
   if (type != Tern::S_FSIsDirectory) {
     LogStatus(type, "GetNodeType");
     return Tern::Failure;
@@ -74,7 +77,7 @@ Tern::CError CZendraDirVisitor::Visit(Tern::CFileSystem& fs,
   CStr subLabel = mLabel;
   subLabel += " subdirectory";
   if (!CreateInstallDirectory(subLabel.Chars(), destSub)) return Tern::Failure;
-  CZendraDirVisitor sub(mApp, destSub, mLabel.Chars());
+  CFolderCopy sub(destSub, mLabel.Chars());
   return sub.WalkTree(entry);
 }
 

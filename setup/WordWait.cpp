@@ -1,12 +1,12 @@
-#include "ZNWordWait.h"
+#include "WordWait.h"
 
 #include <windows.h>
 
 #include "InstallLog.h"
-#include "Setup.h"
+#include "OfficeRegistry.h"
 #include "SetupResource.h"
 #include "TFormat.h"
-#include "ZNOfficeMacros.h"
+#include "WordMacros.h"
 
 namespace Zendra {
 
@@ -58,9 +58,15 @@ bool AskToCloseWord() {
   return answer == IDOK;
 }
 
-bool WaitUntilWordIsClosed(CZendraSetupApp& app) {
+bool WaitUntilWordIsClosed(CInstallContext& context) {
+  LogOSBitness();
   while (IsWordRunning()) {
-    if (app.IsSilent() || !AskToCloseWord()) return false;
+    if (context.silent || !AskToCloseWord()) {
+      LogText(
+          "Microsoft Word is running and this is either a silent install or "
+          "user quit install.\n");
+      return false;
+    }
     ::Sleep(cLookAgainAfterMs);
   }
   return true;

@@ -1,17 +1,49 @@
-#include "ZNComponents.h"
+#include "Components.h"
 
 #include <windows.h>
 
 #include "InstallLog.h"
+#include "Product.h"
 #include "TImportLibrary_Win.h"
+#include "TRegistry_Win.h"
+#include "TScopedHandle_Win.h"
 
 namespace Zendra {
 
+using Tern::CError;
 using Tern::CLocalFileSystem;
+using Tern::CPath;
+using Tern::CStr;
 
-const char* const cComponentFiles[5] = {"Zendra.dll", "ZendraMimer.dll",
-                                        "ZendraBHO.dll", "ZendraPanel.cpl",
-                                        "ZendraBraille.dll"};
+namespace {
+
+void DisableVersionChecks() {
+  Tern::CWinRegKey key;
+  if (key.Open(cProductKey, Tern::rmCreate))
+    key.SetString("DoVersionChecks", "0");  // errors here are ignored
+}
+
+}  // namespace
+
+bool RegisterComponents(CInstallContext& context) {
+  for (const CComponent& component : cComponents) {
+    if (!LogStep(RegisterComponent(true, context.installDir, component.file),
+                 component.registerFailure))
+      return false;
+    if (&component == &cComponents[0] && context.disableVersionChecks)
+      DisableVersionChecks();
+  }
+  return true;
+}
+
+bool UnregisterComponents(CInstallContext& context) {
+  bool all = true;
+  for (const CComponent& component : cComponents)
+    all = LogStep(RegisterComponent(false, context.installDir, component.file),
+                  component.unregisterStep) &&
+          all;
+  return all;
+}
 
 bool RegisterComponent(bool doRegister, const CPath& dir,
                        const char* fileName) {
@@ -44,10 +76,10 @@ bool FileIsInUse(const CPath& path) {
   bool inUse = false;
   CError type = CLocalFileSystem::Instance().GetItemType(path);
   if (type == Tern::S_FSIsFile || type == Tern::S_FSIsDirectory) {
-    HANDLE file = ::CreateFileA(os.Chars(), GENERIC_WRITE, 0, nullptr,
-                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    inUse = file == INVALID_HANDLE_VALUE;
-    if (!inUse) ::CloseHandle(file);
+    Tern::CKernelHandle file(::CreateFileA(os.Chars(), GENERIC_WRITE, 0,
+                                           nullptr, OPEN_EXISTING,
+                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+    inUse = !file.IsValid();
   } else if (type == Tern::E_NotFound) {
     LogText("File doesn't exist.\n");
   } else {
@@ -59,18 +91,17 @@ bool FileIsInUse(const CPath& path) {
 
 bool ComponentsInUse(const CPath& installDir) {
   CLogBlock block("Check if Zendra files are in-use");
-  bool inUse[5] = {};
   bool any = false;
-  for (int i = 0; i < 5; ++i) {
+  CStr summary;
+  for (const CComponent& component : cComponents) {
     CPath file = installDir;
-    if (Tern::Succeeded(file.AppendComponent(cComponentFiles[i])))
-      inUse[i] = FileIsInUse(file);
-    any = any || inUse[i];
+    const bool inUse = Tern::Succeeded(file.AppendComponent(component.file)) &&
+                       FileIsInUse(file);
+    any = any || inUse;
+    summary.AppendFormat("%s%s in use = %d", summary.IsEmpty() ? "" : ", ",
+                         component.file, inUse ? 1 : 0);
   }
-  LogText(
-      "Zendra.dll in use = %d, ZendraMimer.dll in use = %d, ZendraBHO.dll in "
-      "use = %d, ZendraPanel.cpl in use = %d, ZendraBraille.dll in use = %d\n",
-      inUse[0], inUse[1], inUse[2], inUse[3], inUse[4]);
+  LogText("%s\n", summary.Chars());
   return any;
 }
 

@@ -1,4 +1,4 @@
-#include "ZNCertificate.h"
+#include "Certificate.h"
 
 #include <windows.h>
 // After windows.h, which it needs.
@@ -56,7 +56,7 @@ bool AddToStore() {
 
 }  // namespace
 
-bool AddTrustedPublisherCertificate() {
+bool AddTrustedPublisherCertificate(CInstallContext&) {
   CLogBlock block("Add trusted publisher certificate");
   const bool ok = AddToStore();
   LogText("Adding certificate %s", ok ? "succeeded\n" : "failed\n");

@@ -1,12 +1,11 @@
-// The font step of an install: each font of the list is copied into the
-// product's fonts folder and installed into the system from there.
+#include "Fonts.h"
+
 #include <windows.h>
 
+#include "FolderCopy.h"
 #include "InstallLog.h"
-#include "Setup.h"
+#include "Product.h"
 #include "TFontInstaller_Win.h"
-#include "ZNFiles.h"
-#include "ZNVisitors.h"
 
 namespace Zendra {
 
@@ -59,13 +58,15 @@ bool FontFailureIsAcceptable(const char* name, CError code,
 
 }  // namespace
 
-bool InstallFonts(CZendraSetupApp& app) {
+bool InstallFonts(CInstallContext& context) {
+  if (!context.installFonts) return true;
+  const CPath& fontsDir = context.fontsDir;
   LogText("InstallFonts( src = '%s', dest = '%s' )\n",
-          app.SetupDir().OSToPathString().Chars(),
-          app.FontsDir().OSToPathString().Chars());
+          context.setupDir.OSToPathString().Chars(),
+          fontsDir.OSToPathString().Chars());
   CLocalFileSystem& lfs = CLocalFileSystem::Instance();
-  if (!CreateInstallDirectory("Fonts", app.FontsDir()) ||
-      !LogStatus(lfs.DeleteDirectoryContents(app.FontsDir(), true),
+  if (!CreateInstallDirectory("Fonts", fontsDir) ||
+      !LogStatus(lfs.DeleteDirectoryContents(fontsDir, true),
                  "Failed to empty Fonts folder."))
     return false;
 
@@ -73,11 +74,11 @@ bool InstallFonts(CZendraSetupApp& app) {
   Tern::CFontInstaller installer(CurrentLog());
   installer.Start();
   for (const char* name : cFontFiles) {
-    if (!CopyOneFile(app, name, app.SetupDir(), app.FontsDir())) {
+    if (!CopyOneFile(name, context.setupDir, fontsDir)) {
       ok = false;
       continue;
     }
-    CPath copied = app.FontsDir();
+    CPath copied = fontsDir;
     copied.AppendComponent(name);
     Tern::UInt32 installedVersion = 0;
     CError code = installer.Install(copied, installedVersion);

@@ -1,15 +1,13 @@
-// The OEM branding: each OEM setting stored again as an "RO_" value, which
-// the product reads and the user's settings cannot override.
+#include "OEMEntries.h"
+
 #include "InstallLog.h"
+#include "Product.h"
 #include "TRegistry_Win.h"
 #include "TVarList.h"
-#include "ZNRegistryEntries.h"
 
 namespace Zendra {
 
 using Tern::CWinRegKey;
-
-const char cOEMKey[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Orvane\\OVZN4";
 
 namespace {
 
@@ -46,20 +44,20 @@ bool RemoveOne(CWinRegKey& key, const char* setting) {
 
 }  // namespace
 
-bool AddOEMEntries() {
+bool AddOEMEntries(CInstallContext&) {
   CLogBlock block(cOEMStep);
   CWinRegKey key;
-  if (!LogStep(key.Open(cOEMKey, Tern::rmCreate), "Open OEM registry key."))
+  if (!LogStep(key.Open(cProductKey, Tern::rmCreate), "Open OEM registry key."))
     return false;
   for (const char* setting : cOEMSettings)
     if (!AddOne(key, setting)) return false;
   return true;
 }
 
-bool RemoveOEMEntries() {
+bool RemoveOEMEntries(CInstallContext&) {
   CLogBlock block(cOEMStep);
   CWinRegKey key;
-  if (!key.Open(cOEMKey, Tern::rmWrite)) return true;  // nothing written
+  if (!key.Open(cProductKey, Tern::rmWrite)) return true;  // nothing written
   for (const char* setting : cOEMSettings)
     if (!RemoveOne(key, setting)) return false;
   return true;

@@ -1,0 +1,38 @@
+// Copying into the install: one file, or a whole source folder tree, each
+// step logged the way support staff read it.
+#pragma once
+
+#include "TFileSystem.h"
+#include "TString.h"
+
+namespace Zendra {
+
+// Copies `name` from `srcDir` to `destDir`, replacing what is there.
+bool CopyOneFile(const char* name, const Tern::CPath& srcDir,
+                 const Tern::CPath& destDir);
+
+// Creates `dir` and any missing folder above it for the install, logging
+// "creating <label> directory"; a folder that is already there is fine.
+bool CreateInstallDirectory(const char* label, const Tern::CPath& dir);
+
+// Walks a source folder: each file is copied into the matching destination
+// folder; each folder met gets its destination folder (labelled "<label>
+// subdirectory") and is walked in turn.
+class CFolderCopy : public Tern::CFileSystem::CVisitor {
+ public:
+  CFolderCopy(const Tern::CPath& destDir, const char* label);
+  // Walks `srcDir` into the destination folder; true when all was copied.
+  bool Walk(const Tern::CPath& srcDir);
+  Tern::CError Visit(Tern::CFileSystem& fs, const Tern::CPath& entry) override;
+
+ private:
+  bool CopyFile(const Tern::CPath& file);
+  // Failure after a failure that is logged already; any other failed status
+  // is logged here.
+  Tern::CError WalkTree(const Tern::CPath& srcDir);
+
+  Tern::CPath mDestDir;
+  Tern::CStr mLabel;
+};
+
+}  // namespace Zendra
