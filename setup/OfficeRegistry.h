@@ -6,6 +6,11 @@
 
 namespace Zendra {
 
+// "REG*HKEY_LOCAL_MACHINE\Software\Microsoft\Office\<version>\<app>", as
+// the Office tables name an Office key.
+#define ZENDRA_OFFICE_KEY(version, app) \
+  "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\" version "\\" app
+
 // A key as the Office tables name it: one of the predefined roots (an HKEY)
 // and the path below it.
 struct COfficeKey {

@@ -26,38 +26,20 @@ struct PowerPtRow {
   const char* sourceSubfolder;
 };
 
+#define ZN_POWERPOINT_ROW(id, office, version)                               \
+  {                                                                          \
+    id, office, 32, ZENDRA_OFFICE_KEY(version, "PowerPoint\\AddIns"),        \
+        ZENDRA_OFFICE_KEY(version, "PowerPoint\\InstallRoot\\"), 0xFFFFFFFF, \
+        cPowerPointAddInFile, "Office Support/32"                            \
+  }
+
 const PowerPtRow InstallPowerPt[5] = {
-    {517, 12, 32,
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\12."
-     "0\\PowerPoint\\AddIns",
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\12.0\\PowerPoint\\"
-     "InstallRoot\\",
-     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
-    {518, 14, 32,
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\14."
-     "0\\PowerPoint\\AddIns",
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\14.0\\PowerPoint\\"
-     "InstallRoot\\",
-     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
-    {519, 15, 32,
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\15."
-     "0\\PowerPoint\\AddIns",
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\15.0\\PowerPoint\\"
-     "InstallRoot\\",
-     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
-    {520, 16, 32,
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\16."
-     "0\\PowerPoint\\AddIns",
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\16.0\\PowerPoint\\"
-     "InstallRoot\\",
-     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
-    {521, 16, 32,
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\17."
-     "0\\PowerPoint\\AddIns",
-     "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\17.0\\PowerPoint\\"
-     "InstallRoot\\",
-     0xFFFFFFFF, cPowerPointAddInFile, "Office Support/32"},
+    ZN_POWERPOINT_ROW(517, 12, "12.0"), ZN_POWERPOINT_ROW(518, 14, "14.0"),
+    ZN_POWERPOINT_ROW(519, 15, "15.0"), ZN_POWERPOINT_ROW(520, 16, "16.0"),
+    ZN_POWERPOINT_ROW(521, 16, "17.0"),
 };
+
+#undef ZN_POWERPOINT_ROW
 
 // Present when the key of the install key (up to its last backslash) exists.
 bool IsPresent(const PowerPtRow& row) {

@@ -51,25 +51,25 @@ struct WordRow {
   const char* sourceSubfolder;
 };
 
-#define ZN_WORD_KEY(office, app) \
-  "REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Office\\" office "\\" app
-
 // Walked from the last row to the first. The last row repeats the 2016 name
 // and version for the 17.0 keys.
 const WordRow InstallWord[5] = {
-    {273, 12, 32, ZN_WORD_KEY("12.0", "Word"), ZN_WORD_KEY("12.0", "Common"),
-     "InstallRoot", "PATH", "PATH", cWordMacroFile, "Office Support/32"},
-    {274, 14, 32, ZN_WORD_KEY("14.0", "Word"), ZN_WORD_KEY("14.0", "Common"),
-     "InstallRoot", "PATH", "PATH", cWordMacroFile, "Office Support/32"},
-    {275, 15, 32, ZN_WORD_KEY("15.0", "Word"), ZN_WORD_KEY("15.0", "Common"),
-     "InstallRoot", "PATH", "PATH", cWordMacroFile, "Office Support/32"},
-    {276, 16, 32, ZN_WORD_KEY("16.0", "Word"), ZN_WORD_KEY("16.0", "Common"),
-     "InstallRoot", "PATH", "PATH", cWordMacroFile, "Office Support/32"},
-    {276, 16, 32, ZN_WORD_KEY("17.0", "Word"), ZN_WORD_KEY("17.0", "Common"),
-     "InstallRoot", "PATH", "PATH", cWordMacroFile, "Office Support/32"},
+    {273, 12, 32, ZENDRA_OFFICE_KEY("12.0", "Word"),
+     ZENDRA_OFFICE_KEY("12.0", "Common"), "InstallRoot", "PATH", "PATH",
+     cWordMacroFile, "Office Support/32"},
+    {274, 14, 32, ZENDRA_OFFICE_KEY("14.0", "Word"),
+     ZENDRA_OFFICE_KEY("14.0", "Common"), "InstallRoot", "PATH", "PATH",
+     cWordMacroFile, "Office Support/32"},
+    {275, 15, 32, ZENDRA_OFFICE_KEY("15.0", "Word"),
+     ZENDRA_OFFICE_KEY("15.0", "Common"), "InstallRoot", "PATH", "PATH",
+     cWordMacroFile, "Office Support/32"},
+    {276, 16, 32, ZENDRA_OFFICE_KEY("16.0", "Word"),
+     ZENDRA_OFFICE_KEY("16.0", "Common"), "InstallRoot", "PATH", "PATH",
+     cWordMacroFile, "Office Support/32"},
+    {276, 16, 32, ZENDRA_OFFICE_KEY("17.0", "Word"),
+     ZENDRA_OFFICE_KEY("17.0", "Common"), "InstallRoot", "PATH", "PATH",
+     cWordMacroFile, "Office Support/32"},
 };
-
-#undef ZN_WORD_KEY
 
 const Int cWordRowCount = 5;
 

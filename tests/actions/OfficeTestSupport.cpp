@@ -15,18 +15,17 @@ std::string OfficeKey(const char* office, const char* app) {
 }
 
 void OfficeCase::SetUp() {
-  mApp = std::make_unique<Zendra::CZendraSetupApp>(0);
-  mApp->SetPhase(Tern::execNormal);
+  mContext = Zendra::CInstallContext();
   const std::string support = std::string(cInstallDir) + "\\Office Support\\32";
   MakeFolder(support);
   WriteText(support + "\\" + cWordTemplate, "Word macros, version 4\n");
   WriteText(support + "\\" + cPowerPointAddIn, "PowerPoint add-in\n");
-  mApp->SetInstallDir(Tern::CPath(cInstallDir));
+  mContext.installDir = Tern::CPath(cInstallDir);
   Tern::CVarList::Global().Set("SetupName", "Zendra Setup");
   Tern::CVarList::Global().Set("AppName", "Zendra");
 }
 
-void OfficeCase::TearDown() { mApp.reset(); }
+void OfficeCase::TearDown() {}
 
 void SetInstallRoot(const char* office, const char* app,
                     const std::string& path) {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "ActionsTestSupport.h"
-#include "Setup.h"
+#include "InstallContext.h"
 
 namespace ActionsTest {
 
@@ -24,10 +24,10 @@ class OfficeCase : public ::testing::Test {
  protected:
   void SetUp() override;
   void TearDown() override;
-  Zendra::CZendraSetupApp& App() { return *mApp; }
+  Zendra::CInstallContext& Context() { return mContext; }
 
  private:
-  std::unique_ptr<Zendra::CZendraSetupApp> mApp;
+  Zendra::CInstallContext mContext;
 };
 
 // "PATH" of <app>\InstallRoot of an Office version.

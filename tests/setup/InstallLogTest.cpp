@@ -2,14 +2,13 @@
 #include <windows.h>
 
 #include <fstream>
-#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "InstallLog.h"
-#include "Setup.h"
+#include "ExitCode.h"
 #include "TVarList.h"
 #include "TestSupport.h"
 #include "WindowDriver.h"
@@ -148,16 +147,6 @@ TEST_F(InstallLogTest, VerboseDumpAndCopyToTheInstallFolder) {
   ::RemoveDirectoryA(dest.c_str());
 }
 
-TEST_F(InstallLogTest, OpeningASecondLogClosesTheFirst) {
-  ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
-  CLogBlock stillOpen("Spanning block");
-  ASSERT_TRUE(OpenLog("Zendra Uninstall.log", false));
-  std::string first = ReadText(TempDir() + "Zendra Install 1.log");
-  EXPECT_NE(std::string::npos,
-            first.find("Zendra log ends (error count = 0)."));
-  // The block belongs to the closed log and writes nothing into the new one.
-}
-
 TEST_F(InstallLogTest, ABlockOfAClosedLogLeavesTheNextLogAlone) {
   // Opened over and over the same way, logs soon take turns in the same few
   // places of the heap. The blocks here hold no memory of their own (no
@@ -185,29 +174,6 @@ TEST_F(InstallLogTest, ABlockOfAClosedLogLeavesTheNextLogAlone) {
       "\r\n"
       "Zendra log ends (error count = 0).\r\n",
       Body(log));
-}
-
-TEST_F(InstallLogTest, EndingABlockAtDepthZeroIsReportedOnce) {
-  ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
-  auto block = std::make_unique<CLogBlock>("Unbalanced");
-  CurrentLog()->DecIndent();  // someone else took the block's level
-  TestSupport::ReportingAssertions reporting;
-  gReports.clear();
-  Tern::SetDebugOutputSink(CollectReport);
-  block.reset();
-  Tern::SetDebugOutputSink(nullptr);
-  ASSERT_EQ(1u, gReports.size());
-  EXPECT_NE(std::string::npos,
-            gReports[0].find("\nAssert( mIndentLevel > 0 );"))
-      << gReports[0];
-}
-
-TEST_F(InstallLogTest, EndingABlockEarlyChecksTheDepth) {
-  ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
-  CLogBlock block("Unbalanced");
-  CurrentLog()->DecIndent();
-  EXPECT_ASSERTION(block.End(), "mIndentLevel > 0");
-  block.End();  // ended once only: nothing more to check or write
 }
 
 // A temporary folder longer than the system allows can't be resolved: the
