@@ -1,127 +1,91 @@
 // The TrueType facts reader: a well-formed file, and damaged files that must
-// be reported as bad, never read past (this test also runs under the
-// sanitizers).
-#include <gtest/gtest.h>
-
-#include <cstdio>
+// be reported as bad, never read past (this also runs under the sanitizers).
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "FileTestSupport.h"
 #include "TFontFile.h"
 #include "TStream.h"
+#include "TestSupport.h"
 
 using namespace Tern;
-using TestSupport::ScratchFile;
-using TestSupport::WriteFileBytes;
+using Bytes = std::vector<Byte>;
 
 namespace {
 
-using Bytes = std::vector<Byte>;
-
-void PutU16(Bytes& out, unsigned v) {
-  out.push_back(static_cast<Byte>(v >> 8));
-  out.push_back(static_cast<Byte>(v));
+// Big-endian numbers of `size` bytes, appended or written over.
+void Put(Bytes& out, std::initializer_list<unsigned long> values, int size) {
+  for (unsigned long v : values)
+    for (int i = size - 1; i >= 0; --i) out.push_back(Byte(v >> (8 * i)));
 }
-void PutU32(Bytes& out, unsigned long v) {
-  PutU16(out, static_cast<unsigned>(v >> 16));
-  PutU16(out, static_cast<unsigned>(v & 0xFFFF));
-}
-void SetU32(Bytes& out, std::size_t at, unsigned long v) {
-  Bytes b;
-  PutU32(b, v);
-  for (int i = 0; i < 4; ++i) out[at + i] = b[i];
+void Set(Bytes& out, std::size_t at, unsigned long v, int size) {
+  for (int i = 0; i < size; ++i) out[at + i] = Byte(v >> (8 * (size - 1 - i)));
 }
 
-struct NameRecord {
-  unsigned platform, encoding, language, nameId;
+struct Name {
+  unsigned long platform, language, id;
   std::string text;
 };
 
-Bytes NameTable(const std::vector<NameRecord>& records) {
+// A name table; Windows names (platform 3) in UTF-16BE.
+Bytes NameTable(const std::vector<Name>& names) {
   Bytes table, storage;
-  PutU16(table, 0);
-  PutU16(table, static_cast<unsigned>(records.size()));
-  PutU16(table, static_cast<unsigned>(6 + 12 * records.size()));
-  for (const auto& r : records) {
-    Bytes text;
-    for (char c : r.text) {
-      if (r.platform == 3) text.push_back(0);
-      text.push_back(static_cast<Byte>(c));
-    }
-    PutU16(table, r.platform);
-    PutU16(table, r.encoding);
-    PutU16(table, r.language);
-    PutU16(table, r.nameId);
-    PutU16(table, static_cast<unsigned>(text.size()));
-    PutU16(table, static_cast<unsigned>(storage.size()));
-    storage.insert(storage.end(), text.begin(), text.end());
+  Put(table, {0, names.size(), 6 + 12 * names.size()}, 2);
+  for (const Name& n : names) {
+    const std::size_t start = storage.size();
+    for (char c : n.text) Put(storage, {Byte(c)}, n.platform == 3 ? 2 : 1);
+    Put(table,
+        {n.platform, n.platform == 3 ? 1ul : 0ul, n.language, n.id,
+         storage.size() - start, start},
+        2);
   }
   table.insert(table.end(), storage.begin(), storage.end());
   return table;
 }
 
-Bytes HeadTable(unsigned long revision) {
-  Bytes table;
-  PutU32(table, 0x00010000);
-  PutU32(table, revision);
-  table.resize(54, 0);
-  return table;
-}
-
-Bytes Os2Table(unsigned fsSelection) {
-  Bytes table(62, 0);
-  PutU16(table, fsSelection);
-  table.resize(96, 0);
-  return table;
-}
-
+// The tables OS/2 (style bits at 62), head (revision at 4) and name.
 struct Table {
   std::string tag;
   Bytes data;
 };
+using Tables = std::vector<Table>;
 
-// An sfnt file: the directory, then the tables in order, the last one
-// ending exactly at the end of the file.
-Bytes FontFile(const std::vector<Table>& tables) {
-  Bytes file;
-  PutU32(file, 0x00010000);
-  PutU16(file, static_cast<unsigned>(tables.size()));
-  PutU16(file, 0);
-  PutU16(file, 0);
-  PutU16(file, 0);
-  std::size_t offset = 12 + 16 * tables.size();
-  for (const auto& t : tables) {
-    for (char c : t.tag) file.push_back(static_cast<Byte>(c));
-    PutU32(file, 0);
-    PutU32(file, static_cast<unsigned long>(offset));
-    PutU32(file, static_cast<unsigned long>(t.data.size()));
-    offset += t.data.size();
+Tables GoodTables(unsigned long fsSelection = 0x21) {
+  Tables tables = {{"OS/2", Bytes(96)}, {"head", Bytes(54)}};
+  Set(tables[0].data, 62, fsSelection, 2);
+  Set(tables[1].data, 4, 0x00020003, 4);
+  tables.push_back({"name", NameTable({{1, 0, 1, "Mac Family"},
+                                       {3, 0x407, 1, "German Family"},
+                                       {3, 0x409, 2, "Bold Italic"},
+                                       {3, 0x409, 1, "Test Family"}})});
+  return tables;
+}
+
+// The directory, then the tables in order, the last ending the file.
+Bytes FontFile(const Tables& tables) {
+  Bytes file, data;
+  Put(file, {0x00010000, tables.size() << 16, 0}, 4);
+  for (const Table& t : tables) {
+    for (char c : t.tag) file.push_back(Byte(c));
+    Put(file, {0, 12 + 16 * tables.size() + data.size(), t.data.size()}, 4);
+    data.insert(data.end(), t.data.begin(), t.data.end());
   }
-  for (const auto& t : tables)
-    file.insert(file.end(), t.data.begin(), t.data.end());
+  file.insert(file.end(), data.begin(), data.end());
   return file;
 }
 
-std::vector<Table> GoodTables() {
-  return {{"OS/2", Os2Table(0x21)},
-          {"head", HeadTable(0x00020003)},
-          {"name", NameTable({{1, 0, 0, 1, "Mac Family"},
-                              {3, 1, 0x407, 1, "German Family"},
-                              {3, 1, 0x409, 2, "Bold Italic"},
-                              {3, 1, 0x409, 1, "Test Family"}})}};
-}
-
-CError ReadBytes(const Bytes& bytes, CFontFacts& facts) {
+CError Read(const Bytes& bytes, CFontFacts& facts) {
   CMemStream stream(bytes.data(), static_cast<Int>(bytes.size()));
   return ReadFontFacts(stream, facts);
 }
 
 }  // namespace
 
-TEST(FontFile, ReadsNameVersionAndStyleFromAFile) {
-  ScratchFile file("good.ttf");
-  WriteFileBytes(file.Path(), FontFile(GoodTables()));
+TEST(FontFile, ReadsNameVersionAndStyle) {
+  TestSupport::ScratchFile file("good.ttf");
+  TestSupport::WriteFileBytes(file.Path(), FontFile(GoodTables()));
   CFontFacts facts;
   ASSERT_EQ(Ok, ReadFontFacts(file.Path().c_str(), facts));
   // The Windows US English family name wins over other languages and the
@@ -129,93 +93,56 @@ TEST(FontFile, ReadsNameVersionAndStyleFromAFile) {
   EXPECT_STREQ("Test Family", facts.name.Chars());
   EXPECT_EQ(0x00020003u, facts.version);
   EXPECT_EQ(3, facts.style);  // italic (2) + bold (1)
-}
-
-TEST(FontFile, StyleComesFromTheSelectionBits) {
-  const unsigned selections[] = {0x40, 0x20, 0x01, 0x21};
-  const Int styles[] = {0, 1, 2, 3};
-  for (int i = 0; i < 4; ++i) {
-    auto tables = GoodTables();
-    tables[0].data = Os2Table(selections[i]);
-    CFontFacts facts;
-    ASSERT_EQ(Ok, ReadBytes(FontFile(tables), facts));
-    EXPECT_EQ(styles[i], facts.style) << "fsSelection " << selections[i];
+  EXPECT_EQ(E_NotFound, ReadFontFacts("no such font.ttf", facts));
+  const std::pair<unsigned long, Int> styles[] = {{0x40, 0}, {0x20, 1}, {1, 2}};
+  for (const auto& [selection, style] : styles) {
+    ASSERT_EQ(Ok, Read(FontFile(GoodTables(selection)), facts));
+    EXPECT_EQ(style, facts.style) << "fsSelection " << selection;
   }
-}
-
-TEST(FontFile, FallsBackToTheMacintoshName) {
-  auto tables = GoodTables();
-  tables[2].data = NameTable({{1, 0, 0, 1, "Mac Family"}});
-  CFontFacts facts;
-  ASSERT_EQ(Ok, ReadBytes(FontFile(tables), facts));
+  Tables macOnly = GoodTables();
+  macOnly[2].data = NameTable({{1, 0, 1, "Mac Family"}});
+  ASSERT_EQ(Ok, Read(FontFile(macOnly), facts));
   EXPECT_STREQ("Mac Family", facts.name.Chars());
 }
 
-TEST(FontFile, MissingFileIsNotFound) {
-  CFontFacts facts;
-  EXPECT_EQ(E_NotFound, ReadFontFacts("no such font.ttf", facts));
-}
-
-TEST(FontFile, EveryTruncationIsABadFontFile) {
+TEST(FontFile, DamagedFilesAreBadFontFiles) {
   const Bytes good = FontFile(GoodTables());
-  for (std::size_t size = 0; size < good.size(); ++size) {
-    CFontFacts facts;
-    Bytes cut(good.begin(), good.begin() + size);
-    EXPECT_EQ(E_BadFontFile, ReadBytes(cut, facts)) << "size " << size;
+  std::vector<Bytes> damaged;
+  for (std::size_t size = 0; size < good.size(); ++size)
+    damaged.emplace_back(good.begin(), good.begin() + size);
+  // A table count far beyond the file, a length past its end, and offsets
+  // past its end, one of them wrapping with the length.
+  for (std::size_t at : {4, 12 + 16 * 2 + 12}) {
+    damaged.push_back(good);
+    Set(damaged.back(), at, 0xFFFF, 2);
   }
-}
-
-TEST(FontFile, DamagedDirectoriesAreBadFontFiles) {
-  CFontFacts facts;
-  // A table count far beyond the file.
-  Bytes absurd = FontFile(GoodTables());
-  absurd[4] = absurd[5] = 0xFF;
-  EXPECT_EQ(E_BadFontFile, ReadBytes(absurd, facts));
-  // Offsets past the end, including one whose sum with the length wraps.
-  for (unsigned long offset : {0x7FFFFFF0ul, 0xFFFFFFF0ul, 0x00001000ul}) {
-    for (int table = 0; table < 3; ++table) {
-      Bytes past = FontFile(GoodTables());
-      SetU32(past, 12 + 16 * table + 8, offset);
-      EXPECT_EQ(E_BadFontFile, ReadBytes(past, facts))
-          << "table " << table << " offset " << offset;
+  for (unsigned long offset : {0x7FFFFFF0ul, 0xFFFFFFF0ul, 0x1000ul}) {
+    for (std::size_t table = 0; table < 3; ++table) {
+      damaged.push_back(good);
+      Set(damaged.back(), 12 + 16 * table + 8, offset, 4);
     }
   }
-  // A length past the end.
-  Bytes longTable = FontFile(GoodTables());
-  SetU32(longTable, 12 + 16 * 2 + 12, 0xFFFFFFFF);
-  EXPECT_EQ(E_BadFontFile, ReadBytes(longTable, facts));
-}
-
-TEST(FontFile, EachOfTheThreeTablesIsRequired) {
-  for (int missing = 0; missing < 3; ++missing) {
-    auto tables = GoodTables();
-    tables[missing].tag = "xxxx";
+  const std::vector<void (*)(Tables&)> changes = {
+      [](Tables& t) { t[0].tag = "xxxx"; },  // each table is required
+      [](Tables& t) { t[1].tag = "xxxx"; },
+      [](Tables& t) { t[2].tag = "xxxx"; },
+      [](Tables& t) { t[1].data.resize(7); },  // too short
+      [](Tables& t) { t[0].data.resize(63); },
+      [](Tables& t) { t[2].data[2] = 0xFF; },  // more names than it holds
+      [](Tables& t) {                          // names past the table
+        for (std::size_t name = 0; name < 4; ++name)
+          t[2].data[6 + name * 12 + 10] = 0x7F;
+      },
+      [](Tables& t) {
+        t[2].data = NameTable({{3, 0x409, 2, "Regular"}});
+      }};
+  for (auto change : changes) {
+    Tables tables = GoodTables();
+    change(tables);
+    damaged.push_back(FontFile(tables));
+  }
+  for (std::size_t i = 0; i < damaged.size(); ++i) {
     CFontFacts facts;
-    EXPECT_EQ(E_BadFontFile, ReadBytes(FontFile(tables), facts))
-        << "without table " << missing;
+    EXPECT_EQ(E_BadFontFile, Read(damaged[i], facts)) << "damaged file " << i;
   }
-}
-
-TEST(FontFile, ShortTablesAndBrokenNamesAreBadFontFiles) {
-  CFontFacts facts;
-  auto shortHead = GoodTables();
-  shortHead[1].data.resize(7);
-  EXPECT_EQ(E_BadFontFile, ReadBytes(FontFile(shortHead), facts));
-  auto shortOs2 = GoodTables();
-  shortOs2[0].data.resize(63);
-  EXPECT_EQ(E_BadFontFile, ReadBytes(FontFile(shortOs2), facts));
-  // Name records that point past their table, and a name table that claims
-  // more records than it holds.
-  auto badName = GoodTables();
-  Bytes& name = badName[2].data;
-  for (std::size_t rec = 0; rec < 4; ++rec) {
-    name[6 + rec * 12 + 10] = 0x7F;  // string offset high byte
-  }
-  EXPECT_EQ(E_BadFontFile, ReadBytes(FontFile(badName), facts));
-  auto manyRecords = GoodTables();
-  manyRecords[2].data[2] = 0xFF;
-  EXPECT_EQ(E_BadFontFile, ReadBytes(FontFile(manyRecords), facts));
-  auto noFamily = GoodTables();
-  noFamily[2].data = NameTable({{3, 1, 0x409, 2, "Regular"}});
-  EXPECT_EQ(E_BadFontFile, ReadBytes(FontFile(noFamily), facts));
 }

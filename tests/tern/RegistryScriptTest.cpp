@@ -5,54 +5,35 @@
 
 using namespace Tern;
 
-namespace {
-
-std::vector<std::string> Lines(const char* text) {
-  CStringStream script(text);
-  std::vector<std::string> lines;
-  for (bool more = true; more;) {
+TEST(RegistryScript, LinesAndTheirParts) {
+  CStringStream script(
+      "@HKEY_CURRENT_USER/Software/Zendra=root default\r\n"
+      "#Url=http://example/a=b\n\n-Old\n \t \n=\n/=");
+  const struct {
+    char command;  // 0: a blank line, skipped
+    const char* key;
+    bool hasValue;
+    const char* value;  // runs from the first "=" and keeps its "/"
+  } lines[] = {
+      {'@', "HKEY_CURRENT_USER\\Software\\Zendra", true, "root default"},
+      {'#', "Url", true, "http://example/a=b"},
+      {0, "", false, ""},
+      {'-', "Old", false, ""},
+      {0, "", false, ""},
+      {'=', "", false, ""},
+      {'/', "", true, ""}};
+  for (Int i = 0; i < CountOf(lines); ++i) {
     CStr line;
-    more = ReadRegistryScriptLine(script, line);
-    lines.emplace_back(line.Chars(), line.Length());
+    EXPECT_EQ(i + 1 < CountOf(lines), ReadRegistryScriptLine(script, line));
+    CRegScriptLine parsed;
+    EXPECT_EQ(lines[i].command != 0, ParseRegistryScriptLine(line, parsed));
+    EXPECT_EQ(lines[i].command, parsed.command) << i;
+    EXPECT_STREQ(lines[i].key, parsed.key.Chars()) << i;
+    EXPECT_EQ(lines[i].hasValue, parsed.hasValue) << i;
+    EXPECT_STREQ(lines[i].value, parsed.value.Chars()) << i;
   }
-  return lines;
-}
-
-}  // namespace
-
-TEST(RegistryScript, LinesEndAtLineFeedsWithoutCarriageReturns) {
-  EXPECT_EQ((std::vector<std::string>{"@HKEY_CURRENT_USER", "#A=1", "", "/S"}),
-            Lines("@HKEY_CURRENT_USER\r\n#A=1\n\n/S"));
-  EXPECT_EQ((std::vector<std::string>{"-Old", ""}), Lines("-Old\n"));
-  EXPECT_EQ((std::vector<std::string>{""}), Lines(""));
-}
-
-TEST(RegistryScript, LinesSplitIntoCommandKeyAndValue) {
-  CRegScriptLine parsed;
-  ASSERT_TRUE(ParseRegistryScriptLine(
-      "@HKEY_CURRENT_USER/Software/ZendraTests=root default", parsed));
-  EXPECT_EQ('@', parsed.command);
-  EXPECT_STREQ("HKEY_CURRENT_USER\\Software\\ZendraTests", parsed.key.Chars());
-  EXPECT_TRUE(parsed.hasValue);
-  EXPECT_STREQ("root default", parsed.value.Chars());
-
-  // The value runs from the first "=" and keeps its "/".
-  ASSERT_TRUE(ParseRegistryScriptLine("#Url=http://example/a=b", parsed));
-  EXPECT_EQ('#', parsed.command);
-  EXPECT_STREQ("Url", parsed.key.Chars());
-  EXPECT_STREQ("http://example/a=b", parsed.value.Chars());
-
-  ASSERT_TRUE(ParseRegistryScriptLine("-Old", parsed));
-  EXPECT_EQ('-', parsed.command);
-  EXPECT_STREQ("Old", parsed.key.Chars());
-  EXPECT_FALSE(parsed.hasValue);
-  EXPECT_TRUE(parsed.value.IsEmpty());
-
-  ASSERT_TRUE(ParseRegistryScriptLine("=", parsed));
-  EXPECT_EQ('=', parsed.command);
-  EXPECT_FALSE(parsed.hasValue);
-
-  EXPECT_FALSE(ParseRegistryScriptLine("", parsed));
-  EXPECT_FALSE(ParseRegistryScriptLine(" \t ", parsed));
-  EXPECT_EQ(0, parsed.command);
+  CStringStream empty("");
+  CStr line("stale");
+  EXPECT_FALSE(ReadRegistryScriptLine(empty, line));
+  EXPECT_TRUE(line.IsEmpty());
 }
