@@ -1,8 +1,6 @@
 // The TrueType facts reader: a well-formed file, and damaged files that must
 // be reported as bad, never read past (this also runs under the sanitizers).
-#include <initializer_list>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "FileTestSupport.h"
@@ -24,55 +22,36 @@ void Set(Bytes& out, std::size_t at, unsigned long v, int size) {
   for (int i = 0; i < size; ++i) out[at + i] = Byte(v >> (8 * (size - 1 - i)));
 }
 
-struct Name {
-  unsigned long platform, language, id;
-  std::string text;
-};
-
-// A name table; Windows names (platform 3) in UTF-16BE.
-Bytes NameTable(const std::vector<Name>& names) {
-  Bytes table, storage;
-  Put(table, {0, names.size(), 6 + 12 * names.size()}, 2);
-  for (const Name& n : names) {
-    const std::size_t start = storage.size();
-    for (char c : n.text) Put(storage, {Byte(c)}, n.platform == 3 ? 2 : 1);
-    Put(table,
-        {n.platform, n.platform == 3 ? 1ul : 0ul, n.language, n.id,
-         storage.size() - start, start},
+// Three tables: OS/2 at 60 (style bits at 62), head at 156 (revision at 4)
+// and name at 210 (count at 2, text at 4, records of 12 bytes from 6).
+Bytes GoodFont() {
+  Bytes os2(96), head(54), name, text;
+  Set(os2, 62, 0x21, 2);
+  Set(head, 4, 0x00020003, 4);
+  // Platform, encoding, language and name id: the family name (1) of
+  // Macintosh Roman and of German and US English Windows, and a subfamily (2).
+  const unsigned long ids[][4] = {
+      {1, 0, 0, 1}, {3, 1, 0x407, 1}, {3, 1, 0x409, 2}, {3, 1, 0x409, 1}};
+  const std::string texts[] = {"Mac Family", "German Family", "Bold Italic",
+                               "Test Family"};
+  Put(name, {0, 4, 6 + 12 * 4}, 2);
+  for (int i = 0; i < 4; ++i) {
+    const std::size_t start = text.size();
+    for (char c : texts[i]) Put(text, {Byte(c)}, ids[i][0] == 3 ? 2 : 1);
+    Put(name,
+        {ids[i][0], ids[i][1], ids[i][2], ids[i][3], text.size() - start,
+         start},
         2);
   }
-  table.insert(table.end(), storage.begin(), storage.end());
-  return table;
-}
-
-// The tables OS/2 (style bits at 62), head (revision at 4) and name.
-struct Table {
-  std::string tag;
-  Bytes data;
-};
-using Tables = std::vector<Table>;
-
-Tables GoodTables(unsigned long fsSelection = 0x21) {
-  Tables tables = {{"OS/2", Bytes(96)}, {"head", Bytes(54)}};
-  Set(tables[0].data, 62, fsSelection, 2);
-  Set(tables[1].data, 4, 0x00020003, 4);
-  tables.push_back({"name", NameTable({{1, 0, 1, "Mac Family"},
-                                       {3, 0x407, 1, "German Family"},
-                                       {3, 0x409, 2, "Bold Italic"},
-                                       {3, 0x409, 1, "Test Family"}})});
-  return tables;
-}
-
-// The directory, then the tables in order, the last ending the file.
-Bytes FontFile(const Tables& tables) {
-  Bytes file, data;
-  Put(file, {0x00010000, tables.size() << 16, 0}, 4);
-  for (const Table& t : tables) {
-    for (char c : t.tag) file.push_back(Byte(c));
-    Put(file, {0, 12 + 16 * tables.size() + data.size(), t.data.size()}, 4);
-    data.insert(data.end(), t.data.begin(), t.data.end());
-  }
-  file.insert(file.end(), data.begin(), data.end());
+  name.insert(name.end(), text.begin(), text.end());
+  Bytes file;
+  Put(file,
+      {0x00010000, 3 << 16, 0,  // the directory: tag, sum, offset, length
+       0x4F532F32, 0, 60, 96, 0x68656164, 0, 156, 54,  // "OS/2", "head"
+       0x6E616D65, 0, 210, name.size()},
+      4);  // "name"
+  for (const Bytes* table : {&os2, &head, &name})
+    file.insert(file.end(), table->begin(), table->end());
   return file;
 }
 
@@ -85,7 +64,7 @@ CError Read(const Bytes& bytes, CFontFacts& facts) {
 
 TEST(FontFile, ReadsNameVersionAndStyle) {
   TestSupport::ScratchFile file("good.ttf");
-  TestSupport::WriteFileBytes(file.Path(), FontFile(GoodTables()));
+  TestSupport::WriteFileBytes(file.Path(), GoodFont());
   CFontFacts facts;
   ASSERT_EQ(Ok, ReadFontFacts(file.Path().c_str(), facts));
   // The Windows US English family name wins over other languages and the
@@ -94,52 +73,42 @@ TEST(FontFile, ReadsNameVersionAndStyle) {
   EXPECT_EQ(0x00020003u, facts.version);
   EXPECT_EQ(3, facts.style);  // italic (2) + bold (1)
   EXPECT_EQ(E_NotFound, ReadFontFacts("no such font.ttf", facts));
-  const std::pair<unsigned long, Int> styles[] = {{0x40, 0}, {0x20, 1}, {1, 2}};
-  for (const auto& [selection, style] : styles) {
-    ASSERT_EQ(Ok, Read(FontFile(GoodTables(selection)), facts));
-    EXPECT_EQ(style, facts.style) << "fsSelection " << selection;
+  // fsSelection bits of regular, bold and italic.
+  const unsigned long styleBits[] = {0x40, 0x20, 0x01};
+  for (Int style = 0; style < 3; ++style) {
+    Bytes font = GoodFont();
+    Set(font, 60 + 62, styleBits[style], 2);
+    ASSERT_EQ(Ok, Read(font, facts));
+    EXPECT_EQ(style, facts.style);
   }
-  Tables macOnly = GoodTables();
-  macOnly[2].data = NameTable({{1, 0, 1, "Mac Family"}});
-  ASSERT_EQ(Ok, Read(FontFile(macOnly), facts));
-  EXPECT_STREQ("Mac Family", facts.name.Chars());
 }
 
 TEST(FontFile, DamagedFilesAreBadFontFiles) {
-  const Bytes good = FontFile(GoodTables());
+  const Bytes good = GoodFont();
   std::vector<Bytes> damaged;
   for (std::size_t size = 0; size < good.size(); ++size)
     damaged.emplace_back(good.begin(), good.begin() + size);
-  // A table count far beyond the file, a length past its end, and offsets
-  // past its end, one of them wrapping with the length.
-  for (std::size_t at : {4, 12 + 16 * 2 + 12}) {
+  const struct {
+    std::size_t at;
+    unsigned long value;
+    int size;
+  } patches[] = {{4, 0xFFFF, 2},  // tables far beyond the file
+                 {12, 0x78787878, 4},
+                 {28, 0x78787878, 4},
+                 {44, 0x78787878, 4},  // tags
+                 {56, 0xFFFFFFFF, 4},  // name's length past the end
+                 {24, 63, 4},
+                 {40, 7, 4},        // OS/2 and head too short
+                 {212, 0xFF04, 2},  // more name records than the table holds
+                 {212, 0, 2},       // no family name
+                 {214, 0x7FFF, 2},  // the names' text past the table
+                 // Offsets past the end, one of them wrapping with the length.
+                 {20, 0x7FFFFFF0, 4},
+                 {36, 0xFFFFFFF0, 4},
+                 {52, 0x1000, 4}};
+  for (const auto& p : patches) {
     damaged.push_back(good);
-    Set(damaged.back(), at, 0xFFFF, 2);
-  }
-  for (unsigned long offset : {0x7FFFFFF0ul, 0xFFFFFFF0ul, 0x1000ul}) {
-    for (std::size_t table = 0; table < 3; ++table) {
-      damaged.push_back(good);
-      Set(damaged.back(), 12 + 16 * table + 8, offset, 4);
-    }
-  }
-  const std::vector<void (*)(Tables&)> changes = {
-      [](Tables& t) { t[0].tag = "xxxx"; },  // each table is required
-      [](Tables& t) { t[1].tag = "xxxx"; },
-      [](Tables& t) { t[2].tag = "xxxx"; },
-      [](Tables& t) { t[1].data.resize(7); },  // too short
-      [](Tables& t) { t[0].data.resize(63); },
-      [](Tables& t) { t[2].data[2] = 0xFF; },  // more names than it holds
-      [](Tables& t) {                          // names past the table
-        for (std::size_t name = 0; name < 4; ++name)
-          t[2].data[6 + name * 12 + 10] = 0x7F;
-      },
-      [](Tables& t) {
-        t[2].data = NameTable({{3, 0x409, 2, "Regular"}});
-      }};
-  for (auto change : changes) {
-    Tables tables = GoodTables();
-    change(tables);
-    damaged.push_back(FontFile(tables));
+    Set(damaged.back(), p.at, p.value, p.size);
   }
   for (std::size_t i = 0; i < damaged.size(); ++i) {
     CFontFacts facts;
