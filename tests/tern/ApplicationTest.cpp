@@ -38,6 +38,7 @@ TEST(CommandLine, SplitsAtBlanksAndQuotesAndTakesOptionsInOrder) {
       {"\"\" x", "||x"},
       {"-verbose -s -i", "verbose;|-s|-i"},  // -s stands where -i should
       {"/u -I -verb --verbose verbose", "u;|-I|-verb|--verbose|verbose"},
+      {"-uph -u", "uph;|-u"},  // -u is asked for first, and is not -uph
       {"", ""}};
   for (const auto& c : cases) {
     TestApp app;

@@ -18,8 +18,6 @@ std::string Int32Text(const char* templ, Int32 value) {
   return f.Result().Chars();
 }
 
-std::vector<std::string> gReports;
-
 }  // namespace
 
 TEST(Format, IntegerPlaceholders) {
@@ -44,6 +42,7 @@ TEST(Format, IntegerPlaceholders) {
 // minutes to pad.
 TEST(Format, BadFormatsAssertOnceAndUseTheDefaults) {
   const char* const decode = "DecodeFormatSpec(fmtSpecStr,fmtSpec)";
+  static std::vector<std::string> reports;
   const struct {
     const char *templ, *assertion, *text;
   } cases[] = {{"<N:u>", "bad format character", "42"},
@@ -54,12 +53,12 @@ TEST(Format, BadFormatsAssertOnceAndUseTheDefaults) {
   for (const auto& c : cases) {
     EXPECT_ASSERTION(Int32Text(c.templ, 42), c.assertion);
     TestSupport::ReportingAssertions reporting;
-    gReports.clear();
-    SetDebugOutputSink([](const char* text) { gReports.push_back(text); });
+    reports.clear();
+    SetDebugOutputSink([](const char* text) { reports.push_back(text); });
     EXPECT_EQ(c.text, Int32Text(c.templ, 42)) << c.templ;
     SetDebugOutputSink(nullptr);
-    ASSERT_EQ(1u, gReports.size()) << c.templ;
-    EXPECT_NE(std::string::npos, gReports[0].find(c.assertion)) << gReports[0];
+    ASSERT_EQ(1u, reports.size()) << c.templ;
+    EXPECT_NE(std::string::npos, reports[0].find(c.assertion)) << reports[0];
   }
 }
 

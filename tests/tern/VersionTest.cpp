@@ -5,13 +5,11 @@
 
 using namespace Tern;
 
-namespace {
-CVersion Parsed(const char* text) {
+static CVersion Parsed(const char* text) {
   CVersion v;
   EXPECT_EQ(Ok, v.Parse(text)) << text;
   return v;
 }
-}  // namespace
 
 // Every form parses back to the same version and the same text.
 TEST(Version, TextsParseBack) {
