@@ -2,8 +2,11 @@
 
 #include <windows.h>
 
+#include <vector>
+
 #include "InstallLog.h"
 #include "Product.h"
+#include "TRegistry_Win.h"
 
 namespace Zendra {
 
@@ -62,7 +65,7 @@ CStr Joined(const char* key, const char* tail) {
 }
 
 bool OpenStep(CWinRegKey& key, const char* path, const char* failure) {
-  return LogStep(key.Open(path, Tern::rmCreate), failure);
+  return LogKeyStep(key.Open(path, Tern::rmCreate), key, failure);
 }
 
 }  // namespace
@@ -88,17 +91,6 @@ bool MimeFilterClashes() {
     }
   }
   return clash;
-}
-
-std::vector<CStr> ValueNamesOf(CWinRegKey& key) {
-  std::vector<CStr> names;
-  Int count = 0;
-  if (!key.QueryInfo(nullptr, &count)) return names;
-  for (Int i = 0; i < count; ++i) {
-    CStr name;
-    if (key.EnumValue(i, name)) names.push_back(name);
-  }
-  return names;
 }
 
 bool AddToPreApprovedList(CInstallContext&) {
@@ -152,7 +144,9 @@ bool RemoveFromAcceptedDocuments(CInstallContext&) {
   if (!OpenStep(key, cAcceptedDocumentsKey,
                 "Open Zendra sAcceptedDocuments registry key."))
     return false;
-  for (const CStr& name : ValueNamesOf(key)) {
+  std::vector<CStr> names;
+  key.GetValueNames(names);
+  for (const CStr& name : names) {
     CStr data;
     if (!key.GetString(name.Chars(), data) ||
         ::lstrcmpiA(data.Chars(), cXhtmlType) != 0)

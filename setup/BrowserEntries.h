@@ -7,10 +7,7 @@
 // they are harmless without the product.
 #pragma once
 
-#include <vector>
-
 #include "InstallContext.h"
-#include "TRegistry_Win.h"
 
 namespace Zendra {
 
@@ -25,8 +22,5 @@ bool AddEnterpriseMode(CInstallContext& context);
 bool AddCompatibilityWarningKey(CInstallContext& context);
 // Deletes the "Accepted Documents" values that hold "application/xhtml+xml".
 bool RemoveFromAcceptedDocuments(CInstallContext& context);
-
-// Names of every value of an open key, all read before any is deleted.
-std::vector<Tern::CStr> ValueNamesOf(Tern::CWinRegKey& key);
 
 }  // namespace Zendra

@@ -6,28 +6,11 @@
 
 #include "InstallLog.h"
 #include "SetupResource.h"
+#include "TScopedResource_Win.h"
 
 namespace Zendra {
 
 namespace {
-
-// A certificate store, closed when it goes.
-class CCertStore {
- public:
-  explicit CCertStore(const char* systemStoreName)
-      : mStore(::CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0,
-                               CERT_SYSTEM_STORE_LOCAL_MACHINE,
-                               systemStoreName)) {}
-  ~CCertStore() {
-    if (mStore) ::CertCloseStore(mStore, 0);
-  }
-  CCertStore(const CCertStore&) = delete;
-  CCertStore& operator=(const CCertStore&) = delete;
-  HCERTSTORE Handle() const { return mStore; }
-
- private:
-  HCERTSTORE mStore;
-};
 
 // The certificate's DER bytes in this program's resources.
 bool FindCertificate(const BYTE*& bytes, DWORD& size) {
@@ -45,11 +28,12 @@ bool AddToStore() {
   DWORD size = 0;
   if (!LogStep(FindCertificate(bytes, size), "Find the certificate resource"))
     return false;
-  CCertStore store("TrustedPublisher");
-  if (!LogStep(store.Handle() != nullptr, "Open TrustedPublisher store"))
-    return false;
+  Tern::CScopedCertStore store(::CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0,
+                                               CERT_SYSTEM_STORE_LOCAL_MACHINE,
+                                               "TrustedPublisher"));
+  if (!LogStep(store.IsValid(), "Open TrustedPublisher store")) return false;
   return LogStep(::CertAddEncodedCertificateToStore(
-                     store.Handle(), X509_ASN_ENCODING | PKCS_7_ASN_ENCODING,
+                     store.Get(), X509_ASN_ENCODING | PKCS_7_ASN_ENCODING,
                      bytes, size, CERT_STORE_ADD_REPLACE_EXISTING, nullptr),
                  "Add certificate to store");
 }

@@ -6,7 +6,7 @@
 #include "Product.h"
 #include "TImportLibrary_Win.h"
 #include "TRegistry_Win.h"
-#include "TScopedHandle_Win.h"
+#include "TScopedResource_Win.h"
 
 namespace Zendra {
 
@@ -76,9 +76,9 @@ bool FileIsInUse(const CPath& path) {
   bool inUse = false;
   CError type = CLocalFileSystem::Instance().GetItemType(path);
   if (type == Tern::S_FSIsFile || type == Tern::S_FSIsDirectory) {
-    Tern::CKernelHandle file(::CreateFileA(os.Chars(), GENERIC_WRITE, 0,
-                                           nullptr, OPEN_EXISTING,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+    Tern::CScopedFileHandle file(::CreateFileA(os.Chars(), GENERIC_WRITE, 0,
+                                               nullptr, OPEN_EXISTING,
+                                               FILE_ATTRIBUTE_NORMAL, nullptr));
     inUse = !file.IsValid();
   } else if (type == Tern::E_NotFound) {
     LogText("File doesn't exist.\n");

@@ -7,6 +7,7 @@
 #include "ExitCode.h"
 #include "TApplication.h"
 #include "TFormat.h"
+#include "TRegistry_Win.h"
 #include "TVarList.h"
 
 namespace Zendra {
@@ -164,6 +165,11 @@ bool LogStep(bool ok, const char* message, bool quietOnSuccess) {
     gLog->Printf("Success: %s\n", message);
     gLog->Flush();
   }
+  return ok;
+}
+
+bool LogKeyStep(bool ok, const Tern::CWinRegKey& key, const char* message) {
+  if (!LogStep(ok, message)) LogText("%s\n", key.FailureDetail().Chars());
   return ok;
 }
 

@@ -7,6 +7,10 @@
 #include "TFileSystem.h"
 #include "TStream.h"
 
+namespace Tern {
+class CWinRegKey;
+}
+
 namespace Zendra {
 
 using Tern::CError;
@@ -68,6 +72,9 @@ class CLogBlock {
 bool LogStep(bool ok, const char* message);
 // The same, writing "Success: <message>" too unless quietOnSuccess.
 bool LogStep(bool ok, const char* message, bool quietOnSuccess);
+// The same for a registry call: a failure line is followed by the key's own
+// account of it, its path and the system's reason.
+bool LogKeyStep(bool ok, const Tern::CWinRegKey& key, const char* message);
 // "Failure (<name>, 0x<code>): <message>" for a failed status.
 bool LogStatus(CError status, const char* message);
 bool LogStatus(CError status, const char* message, bool quietOnSuccess);

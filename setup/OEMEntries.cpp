@@ -47,7 +47,8 @@ bool RemoveOne(CWinRegKey& key, const char* setting) {
 bool AddOEMEntries(CInstallContext&) {
   CLogBlock block(cOEMStep);
   CWinRegKey key;
-  if (!LogStep(key.Open(cProductKey, Tern::rmCreate), "Open OEM registry key."))
+  if (!LogKeyStep(key.Open(cProductKey, Tern::rmCreate), key,
+                  "Open OEM registry key."))
     return false;
   for (const char* setting : cOEMSettings)
     if (!AddOne(key, setting)) return false;

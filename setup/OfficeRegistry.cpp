@@ -91,18 +91,10 @@ bool RegCreateKeyValue(const COfficeKey& where, const char* valueName,
 }
 
 bool RegDeleteKeyInView(const COfficeKey& where, bool use64BitVersion) {
-  using DeleteKeyEx = LONG(WINAPI*)(HKEY, LPCSTR, REGSAM, DWORD);
-  HMODULE advapi = ::GetModuleHandleA("AdvAPI32.dll");
-  auto deleteKeyEx =
-      advapi ? reinterpret_cast<DeleteKeyEx>(reinterpret_cast<void*>(
-                   ::GetProcAddress(advapi, "RegDeleteKeyExA")))
-             : nullptr;
-  const REGSAM view = use64BitVersion ? KEY_WOW64_64KEY : 0;
-  const HKEY root = static_cast<HKEY>(where.root);
-  const char* subKey = where.subKey.Chars();
-  LONG result = deleteKeyEx ? deleteKeyEx(root, subKey, view, 0)
-                            : ::RegDeleteKeyA(root, subKey);
-  return result == ERROR_SUCCESS;
+  CWinRegKey root;
+  return root.AttachRoot(where.root) &&
+         root.DeleteSubKeyInView(where.subKey.Chars(),
+                                 ViewFor(use64BitVersion));
 }
 
 Int OfficeView() {

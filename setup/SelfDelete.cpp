@@ -7,12 +7,13 @@
 #include <string>
 
 #include "InstallLog.h"
-#include "TScopedHandle_Win.h"
+#include "TScopedResource_Win.h"
 
 namespace Zendra {
 
-using Tern::CKernelHandle;
 using Tern::CLocalFileSystem;
+using Tern::CScopedFileHandle;
+using Tern::CScopedKernelHandle;
 
 namespace {
 
@@ -26,7 +27,7 @@ const DWORD cSuspendedAtIdle = CREATE_SUSPENDED | IDLE_PRIORITY_CLASS;  // 68
 // the batch still runs (an empty or partial one deletes nothing it should
 // not, and ends).
 bool CreateBatchFile(const CStr& batch, const CStr& setup, const CStr& dir) {
-  CKernelHandle file(::CreateFileA(
+  CScopedFileHandle file(::CreateFileA(
       batch.Chars(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
   if (!LogStep(file.IsValid(), "Create batch file", false)) return false;
@@ -56,7 +57,7 @@ bool StartBatch(const CStr& batch, const CStr& tempDir) {
   if (!LogStep(started != FALSE,
                "Run batch file to delete Setup and install directory", false))
     return false;
-  CKernelHandle process(info.hProcess), thread(info.hThread);
+  CScopedKernelHandle process(info.hProcess), thread(info.hThread);
   LogStep(::SetThreadPriority(thread.Get(), THREAD_PRIORITY_IDLE) != FALSE,
           "Set batch process priority");
   LogStep(::SetThreadPriority(::GetCurrentThread(),

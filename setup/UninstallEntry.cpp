@@ -1,7 +1,6 @@
 #include "UninstallEntry.h"
 
 #include <ctime>
-#include <vector>
 
 #include "InstallLog.h"
 #include "Product.h"
@@ -72,22 +71,6 @@ bool WriteUninstallValues(CWinRegKey& key, const CPath& installDir,
                  "Create InstallDate registry key.");
 }
 
-// Deletes the subkey `name` of `parent` and everything below it, depth
-// first (a key can only go once it has no subkeys).
-bool DeleteKeyTree(CWinRegKey& parent, const char* name) {
-  {
-    CWinRegKey key(parent.GetView());
-    if (!key.Open(name, parent, Tern::rmWrite)) return false;
-    std::vector<CStr> subKeys;
-    CStr subKey;
-    for (Tern::Int i = 0; key.EnumSubKey(i, subKey); ++i)
-      subKeys.push_back(subKey);
-    for (const CStr& sub : subKeys)
-      if (!DeleteKeyTree(key, sub.Chars())) return false;
-  }
-  return parent.DeleteSubKey(name);
-}
-
 }  // namespace
 
 bool AddUninstallEntry(CInstallContext& context) {
@@ -103,8 +86,8 @@ bool AddUninstallEntry(const CPath& installDir, const char* versionText) {
                "Invalid executable version"))
     return false;
   CWinRegKey key;
-  return LogStep(key.Open(cUninstallKey, Tern::rmCreate),
-                 "Open Zendra uninstall registry key.") &&
+  return LogKeyStep(key.Open(cUninstallKey, Tern::rmCreate), key,
+                    "Open Zendra uninstall registry key.") &&
          WriteUninstallValues(key, installDir, versionText, version);
 }
 
@@ -113,10 +96,12 @@ bool RemoveUninstallEntry(CInstallContext&) {
   CStr parentPath(cUninstallKey);
   parentPath.Truncate(parentPath.Length() - sizeof cProductClassId + 1);
   CWinRegKey uninstall;
-  const bool opened = LogStep(uninstall.Open(parentPath.Chars(), Tern::rmWrite),
-                              "Open Zendra registry key");
-  return opened && LogStep(DeleteKeyTree(uninstall, cProductClassId),
-                           "Delete Zendra registry key and subkeys");
+  const bool opened =
+      LogKeyStep(uninstall.Open(parentPath.Chars(), Tern::rmWrite), uninstall,
+                 "Open Zendra registry key");
+  return opened &&
+         LogKeyStep(uninstall.DeleteSubKeyTree(cProductClassId), uninstall,
+                    "Delete Zendra registry key and subkeys");
 }
 
 }  // namespace Zendra

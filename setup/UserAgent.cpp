@@ -1,6 +1,7 @@
 #include "UserAgent.h"
 
-#include "BrowserEntries.h"
+#include <vector>
+
 #include "InstallLog.h"
 #include "Product.h"
 #include "TRegistry_Win.h"
@@ -30,10 +31,12 @@ const UserAgentPlace cIE9 = {
 // Logs every value and deletes those whose name holds "Zendra"; stops at
 // the first that can't go.
 bool DeleteZendraTokens(CWinRegKey& key) {
-  for (const CStr& name : ValueNamesOf(key)) {
+  std::vector<CStr> names;  // all read before any is deleted
+  key.GetValueNames(names);
+  for (const CStr& name : names) {
     LogText("valueName = %s\n", name.Chars());
     if (name.Find("Zendra") >= 0 &&
-        !LogStep(key.DeleteValue(name.Chars()), "Delete Zendra token"))
+        !LogKeyStep(key.DeleteValue(name.Chars()), key, "Delete Zendra token"))
       return false;
   }
   return true;
@@ -43,7 +46,8 @@ bool OpenUserAgentKey(const UserAgentPlace& place, CWinRegKey& key) {
   CStr version;
   if (CWinRegKey::ReadString(cBrowserKey, "Version", version))
     LogText("Internet Explorer version = '%s'.\n", version.Chars());
-  return LogStep(key.Open(place.key, Tern::rmCreate), place.openFailure);
+  return LogKeyStep(key.Open(place.key, Tern::rmCreate), key,
+                    place.openFailure);
 }
 
 bool AddToken(const UserAgentPlace& place, const CInstallContext& context) {

@@ -44,10 +44,10 @@ bool AddXmlNamespace(CInstallContext&) {
 
 bool RemoveXmlNamespace(CInstallContext&) {
   Tern::CWinRegKey key;
-  return LogStep(key.Open(cXmlNamespaceKey, Tern::rmWrite),
-                 "Open IE 'XMLNamespace' registry key") &&
-         LogStep(key.DeleteValue(cMathMLNamespace),
-                 "Delete XMLNamespace registry value.");
+  return LogKeyStep(key.Open(cXmlNamespaceKey, Tern::rmWrite), key,
+                    "Open IE 'XMLNamespace' registry key") &&
+         LogKeyStep(key.DeleteValue(cMathMLNamespace), key,
+                    "Delete XMLNamespace registry value.");
 }
 
 }  // namespace Zendra

@@ -7,6 +7,9 @@
 
 #include "TString.h"
 #include "TTypes.h"
+#if defined(_WIN32)
+#include "TScopedResource_Win.h"
+#endif
 
 namespace Tern {
 
@@ -129,7 +132,6 @@ class CGUIApplication : public CApplication {
 class CNamedMutex {
  public:
   explicit CNamedMutex(const char* mutexName);
-  ~CNamedMutex();
   CNamedMutex(const CNamedMutex&) = delete;
   CNamedMutex& operator=(const CNamedMutex&) = delete;
 
@@ -137,7 +139,7 @@ class CNamedMutex {
   bool AlreadyExisted() const { return mLastError == 183; }
 
  private:
-  void* mMutex = nullptr;
+  CScopedKernelHandle mMutex;
   UInt32 mLastError = 0;
 };
 

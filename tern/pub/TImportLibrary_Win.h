@@ -4,6 +4,7 @@
 
 #include "TError.h"
 #include "TFileSystem.h"
+#include "TScopedResource_Win.h"
 
 namespace Tern {
 
@@ -18,7 +19,7 @@ class CImportLibrary {
 
   // Only in the application's normal phase (when there is an application).
   CError Load(const CPath& libPath);
-  bool IsLoaded() const { return mLib != nullptr; }
+  bool IsLoaded() const { return mLib.IsValid(); }
   void* Lookup(const char* funcName) const;
 
   // Calls "DllRegisterServer" / "DllUnregisterServer": E_NotFound when the
@@ -33,7 +34,7 @@ class CImportLibrary {
  private:
   CError CallEntry(const char* entryName);
 
-  void* mLib = nullptr;
+  CScopedModule mLib;
 };
 
 }  // namespace Tern

@@ -68,13 +68,10 @@ void CGUIApplication::RunFromLoop() {
 CNamedMutex::CNamedMutex(const char* mutexName) {
   TERN_ASSERT(mutexName);
   if (!mutexName) return;
-  mMutex = ::CreateMutexA(nullptr, FALSE, mutexName);
+  mMutex.Reset(::CreateMutexA(nullptr, FALSE, mutexName));
   mLastError = ::GetLastError();
-  if (!mMutex) TERN_FAIL("(mMutex = ::CreateMutexA(0,0,mutexName)) != 0");
-}
-
-CNamedMutex::~CNamedMutex() {
-  if (mMutex) ::CloseHandle(static_cast<HANDLE>(mMutex));
+  if (!mMutex.IsValid())
+    TERN_FAIL("(mMutex = ::CreateMutexA(0,0,mutexName)) != 0");
 }
 
 }  // namespace Tern

@@ -4,6 +4,9 @@
 #include <cstddef>
 
 #include "TError.h"
+#if defined(_WIN32)
+#include "TScopedResource_Win.h"
+#endif
 
 namespace Tern {
 
@@ -31,7 +34,7 @@ class CFileHandle {
 
  private:
 #if defined(_WIN32)
-  void* mHandle = reinterpret_cast<void*>(-1);
+  CScopedFileHandle mHandle;
 #else
   int mFd = -1;
 #endif

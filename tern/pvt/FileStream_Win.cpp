@@ -35,24 +35,24 @@ CError CreateParentFolders(const char* osPath) {
                      : CLocalFileSystem::Instance().CreateDirectoryPath(dir);
 }
 
-bool CFileHandle::IsOpen() const { return mHandle != INVALID_HANDLE_VALUE; }
+bool CFileHandle::IsOpen() const { return mHandle.IsValid(); }
 
 CError CFileHandle::Open(const char* osPath, bool read, bool write,
                          UInt32 disposition) {
-  Close();
+  Close();  // before the new open, which may want the file to itself
   DWORD access = (read ? GENERIC_READ : 0) | (write ? GENERIC_WRITE : 0);
   // Readers let others write (a log being written can be read meanwhile).
   DWORD share = write ? FILE_SHARE_READ : FILE_SHARE_READ | FILE_SHARE_WRITE;
-  mHandle = ::CreateFileA(osPath, access, share, nullptr,
-                          CreationDisposition(disposition),
-                          FILE_ATTRIBUTE_NORMAL, nullptr);
+  mHandle.Reset(::CreateFileA(osPath, access, share, nullptr,
+                              CreationDisposition(disposition),
+                              FILE_ATTRIBUTE_NORMAL, nullptr));
   return IsOpen() ? Ok : LastError();
 }
 
 CError CFileHandle::Read(Byte* buf, std::size_t size, std::size_t& got) {
   DWORD n = 0;
   got = 0;
-  if (!::ReadFile(mHandle, buf, static_cast<DWORD>(size), &n, nullptr))
+  if (!::ReadFile(mHandle.Get(), buf, static_cast<DWORD>(size), &n, nullptr))
     return LastError();
   got = n;
   return Ok;
@@ -60,27 +60,27 @@ CError CFileHandle::Read(Byte* buf, std::size_t size, std::size_t& got) {
 
 CError CFileHandle::Write(const Byte* buf, std::size_t size) {
   DWORD n = 0;
-  if (!::WriteFile(mHandle, buf, static_cast<DWORD>(size), &n, nullptr))
+  if (!::WriteFile(mHandle.Get(), buf, static_cast<DWORD>(size), &n, nullptr))
     return LastError();
   return n == size ? Ok : E_Write;
 }
 
 CError CFileHandle::Seek(Int pos) {
-  return ::SetFilePointer(mHandle, pos, nullptr, FILE_BEGIN) ==
+  return ::SetFilePointer(mHandle.Get(), pos, nullptr, FILE_BEGIN) ==
                  INVALID_SET_FILE_POINTER
              ? LastError()
              : Ok;
 }
 
 CError CFileHandle::Tell(Int& pos) {
-  DWORD p = ::SetFilePointer(mHandle, 0, nullptr, FILE_CURRENT);
+  DWORD p = ::SetFilePointer(mHandle.Get(), 0, nullptr, FILE_CURRENT);
   if (p == INVALID_SET_FILE_POINTER) return LastError();
   pos = static_cast<Int>(p);
   return Ok;
 }
 
 CError CFileHandle::Size(Int& size) {
-  DWORD s = ::GetFileSize(mHandle, nullptr);
+  DWORD s = ::GetFileSize(mHandle.Get(), nullptr);
   if (s == INVALID_FILE_SIZE) return LastError();
   size = static_cast<Int>(s);
   return Ok;
@@ -90,14 +90,11 @@ CError CFileHandle::Resize(Int size) {
   Int pos = 0;
   CError err = Tell(pos);
   if (Succeeded(err)) err = Seek(size);
-  if (Succeeded(err) && !::SetEndOfFile(mHandle)) err = LastError();
+  if (Succeeded(err) && !::SetEndOfFile(mHandle.Get())) err = LastError();
   CError back = Seek(pos < size ? pos : size);
   return Failed(err) ? err : back;
 }
 
-void CFileHandle::Close() {
-  if (IsOpen()) ::CloseHandle(mHandle);
-  mHandle = INVALID_HANDLE_VALUE;
-}
+void CFileHandle::Close() { mHandle.Close(); }
 
 }  // namespace Tern

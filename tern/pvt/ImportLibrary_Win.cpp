@@ -14,22 +14,19 @@ CImportLibrary::~CImportLibrary() { Unload(); }
 
 CError CImportLibrary::Load(const CPath& libPath) {
   TERN_ASSERT(libPath.IsValid());
-  TERN_ASSERT(mLib == 0);
-  if (!libPath.IsValid() || mLib) return E_BadArgument;
+  TERN_ASSERT(!IsLoaded());
+  if (!libPath.IsValid() || IsLoaded()) return E_BadArgument;
   if (const CExecModule* lib = CExecModule::Instance())
     TERN_ASSERT(lib->GetPhase() == execNormal);
-  HMODULE module = ::LoadLibraryA(libPath.OSToPathString().Chars());
-  if (!module) return ErrorFromWindows(::GetLastError());
-  mLib = module;
-  return Ok;
+  mLib.Reset(::LoadLibraryA(libPath.OSToPathString().Chars()));
+  return IsLoaded() ? Ok : ErrorFromWindows(::GetLastError());
 }
 
 void* CImportLibrary::Lookup(const char* funcName) const {
   TERN_ASSERT(funcName);
   TERN_ASSERT(IsLoaded());
   if (!funcName || !IsLoaded()) return nullptr;
-  return reinterpret_cast<void*>(
-      ::GetProcAddress(static_cast<HMODULE>(mLib), funcName));
+  return reinterpret_cast<void*>(::GetProcAddress(mLib.Get(), funcName));
 }
 
 CError CImportLibrary::CallEntry(const char* entryName) {
@@ -44,19 +41,15 @@ CError CImportLibrary::Register() { return CallEntry("DllRegisterServer"); }
 CError CImportLibrary::Unregister() { return CallEntry("DllUnregisterServer"); }
 
 void CImportLibrary::Unload() {
-  if (!mLib) return;
-  // Forgotten first, so that a reported failure is not met again later.
-  HMODULE module = static_cast<HMODULE>(mLib);
-  mLib = nullptr;
+  if (!IsLoaded()) return;
   const CExecModule* app = CExecModule::Instance();
   const ExecPhase phase = app ? app->GetPhase() : execNormal;
-  if (phase == execInStartup) {
-    TERN_ASSERT(phase != execInStartup);
-  } else if (phase == execNormal) {
-    if (!::FreeLibrary(module)) TERN_FAIL("::FreeLibrary(mLib)");
-  }
-  // Later phases: deliberately left loaded, so that no library code runs its
-  // unload while the program is ending.
+  // Forgotten before any report, so that a reported failure is not met again
+  // later. Later phases leave the module loaded on purpose, so that no
+  // library code runs its unload while the program is ending.
+  if (phase != execNormal) mLib.Release();
+  TERN_ASSERT(phase != execInStartup);
+  if (phase == execNormal && !mLib.Close()) TERN_FAIL("::FreeLibrary(mLib)");
 }
 
 }  // namespace Tern

@@ -5,7 +5,7 @@
 #include "TApplication.h"
 #include "TFileSystem.h"
 #include "TRegistry_Win.h"
-#include "TScopedHandle_Win.h"
+#include "TScopedResource_Win.h"
 #include "TStr.h"
 
 namespace Tern {
@@ -265,9 +265,9 @@ CError CLocalFileSystem::GetFileTime(const CPath& file, Int kind,
     TERN_FAIL("bad time type");
     return E_BadArgument;
   }
-  CKernelHandle handle(::CreateFileA(file.OSToPathString().Chars(),
-                                     GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+  CScopedFileHandle handle(
+      ::CreateFileA(file.OSToPathString().Chars(), GENERIC_READ, 0, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!handle.IsValid()) return LastError();
   FILETIME created, written;
   if (!::GetFileTime(handle.Get(), &created, nullptr, &written))
@@ -330,7 +330,8 @@ CError CLocalFileSystem::EnumerateDirectory(const CPath& dir,
   CError err = pattern.AppendComponent(patternStr);
   if (Failed(err)) return err;
   WIN32_FIND_DATAA entry;
-  CFindHandle find(::FindFirstFileA(pattern.OSToPathString().Chars(), &entry));
+  CScopedFindHandle find(
+      ::FindFirstFileA(pattern.OSToPathString().Chars(), &entry));
   if (!find.IsValid()) return LastError();
   do {
     if (IsDotEntry(entry.cFileName)) continue;

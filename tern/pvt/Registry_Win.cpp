@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "Platform.h"
@@ -33,19 +34,44 @@ const RootKey cRootKeys[] = {
 
 const REGSAM cReadAccess = 0x20019;
 const REGSAM cReadWriteAccess = 0x2001F;
+const char cLowIntegrityKey[] = "Software\\AppDataLow";
 
 REGSAM ViewFlag(Int view) {
   return view == rv32BitView ? KEY_WOW64_32KEY
                              : (view == rv64BitView ? KEY_WOW64_64KEY : 0);
 }
 
-HKEY FindRoot(const CStr& segment, bool whole) {
+const RootKey* FindRoot(const CStr& segment, bool whole) {
   for (const RootKey& root : cRootKeys) {
     // Without a backslash the segment's terminator is compared too.
     const Int n = segment.Length() + (whole ? 1 : 0);
-    if (std::strncmp(root.name, segment.Chars(), n) == 0) return root.handle;
+    if (std::strncmp(root.name, segment.Chars(), n) == 0) return &root;
   }
   return nullptr;
+}
+
+const RootKey* RootByHandle(HKEY handle) {
+  for (const RootKey& root : cRootKeys)
+    if (root.handle == handle) return &root;
+  return nullptr;
+}
+
+CStr Below(const CStr& parent, const char* name) {
+  CStr path(parent);
+  path += "\\";
+  path += name;
+  return path;
+}
+
+// RegDeleteKeyEx exists only on systems that have the views, so it is
+// looked up; without it the key goes from the program's only view.
+LONG DeleteKeyIn(HKEY parent, const char* name, Int view) {
+  using DeleteKeyEx = LONG(WINAPI*)(HKEY, LPCSTR, REGSAM, DWORD);
+  // This file calls into Advapi32 itself, so the module is always loaded.
+  auto deleteKeyEx = reinterpret_cast<DeleteKeyEx>(reinterpret_cast<void*>(
+      ::GetProcAddress(::GetModuleHandleA("Advapi32.dll"), "RegDeleteKeyExA")));
+  return deleteKeyEx ? deleteKeyEx(parent, name, ViewFlag(view), 0)
+                     : ::RegDeleteKeyA(parent, name);
 }
 
 }  // namespace
@@ -53,63 +79,79 @@ HKEY FindRoot(const CStr& segment, bool whole) {
 CWinRegKey::~CWinRegKey() { Close(); }
 
 void CWinRegKey::Close() {
-  if (mHKey && mClose) {
-    LONG result = ::RegCloseKey(static_cast<HKEY>(mHKey));
-    if (result != 0L) TERN_FAIL("RegCloseKey(mHKey) == 0L");
-  }
-  mHKey = nullptr;
-  mClose = false;
+  mPath = CStr();
+  if (!mKey.Close()) TERN_FAIL("RegCloseKey(mHKey) == 0L");
 }
 
 UInt32 CWinRegKey::Access(Int mode) const {
   return (mode == rmRead ? cReadAccess : cReadWriteAccess) | ViewFlag(mRegView);
 }
 
+void CWinRegKey::Take(CScopedRegKey key, const CStr& path, Int mode) {
+  Close();
+  mKey = std::move(key);
+  mPath = path;
+  mMode = mode;
+}
+
+bool CWinRegKey::Fail(long error, const char* subKey) const {
+  return FailAt(error, subKey ? Below(mPath, subKey) : mPath);
+}
+
+bool CWinRegKey::FailAt(long error, const CStr& path) const {
+  mFailure = static_cast<UInt32>(error);
+  mFailurePath = path;
+  return false;
+}
+
+CStr CWinRegKey::FailureDetail() const {
+  CStr text;
+  text.Format("%s: %s (%u)",
+              mFailurePath.IsEmpty() ? "(no key)" : mFailurePath.Chars(),
+              Platform::SystemErrorText(mFailure).Chars(),
+              static_cast<unsigned>(mFailure));
+  return text;
+}
+
 bool CWinRegKey::Open(const char* rootedPath, Int mode) {
   TERN_ASSERT(rootedPath);
-  if (!rootedPath) return false;
+  if (!rootedPath) return Fail(ERROR_INVALID_PARAMETER);
   if (IsValid()) {
     TERN_FAIL("! IsValid()");
-    return false;
+    return Fail(ERROR_INVALID_FUNCTION);
   }
   CStr path(rootedPath);
   const Int slash = path.Find('\\');
   const CStr segment = slash < 0 ? path : CStr(path.Mid(0, slash));
-  HKEY root = FindRoot(segment, slash < 0);
+  const RootKey* root = FindRoot(segment, slash < 0);
   if (!root) {
     TERN_FAIL("unknown root key");
-    return false;
-  }
-  if (slash < 0 || slash + 1 >= path.Length()) {
-    mHKey = root;  // the predefined handle: never closed
-    mClose = false;
-    mMode = mode;
-    return true;
+    return FailAt(ERROR_BAD_PATHNAME, path);
   }
   CWinRegKey rootKey(mRegView);
-  rootKey.mHKey = root;
+  rootKey.AttachRoot(root->handle);
+  if (slash < 0 || slash + 1 >= path.Length()) {
+    Take(std::move(rootKey.mKey), rootKey.mPath, mode);
+    return true;
+  }
   return Open(path.Chars() + slash + 1, rootKey, mode);
 }
 
 bool CWinRegKey::Open(const char* path, const CWinRegKey& parent, Int mode) {
   TERN_ASSERT(path);
-  if (!path || !parent.IsValid()) return false;
-  TERN_ASSERT(mHKey == 0);
-  HKEY key = nullptr;
-  LONG result;
-  if (mode == rmCreate) {
-    result = ::RegCreateKeyExA(static_cast<HKEY>(parent.mHKey), path, 0,
-                               const_cast<char*>(""), 0, Access(mode), nullptr,
-                               &key, nullptr);
-  } else {
-    result = ::RegOpenKeyExA(static_cast<HKEY>(parent.mHKey), path, 0,
-                             Access(mode), &key);
-  }
-  if (result != ERROR_SUCCESS) return false;
-  Close();
-  mHKey = key;
-  mClose = true;
-  mMode = mode;
+  if (!path) return Fail(ERROR_INVALID_PARAMETER);
+  const CStr fullPath = Below(parent.mPath, path);
+  if (!parent.IsValid()) return FailAt(ERROR_INVALID_HANDLE, fullPath);
+  TERN_ASSERT(!IsValid());
+  CScopedRegKey key;
+  const LONG result =
+      mode == rmCreate
+          ? ::RegCreateKeyExA(parent.mKey.Get(), path, 0, const_cast<char*>(""),
+                              0, Access(mode), nullptr, key.Put(), nullptr)
+          : ::RegOpenKeyExA(parent.mKey.Get(), path, 0, Access(mode),
+                            key.Put());
+  if (result != ERROR_SUCCESS) return FailAt(result, fullPath);
+  Take(std::move(key), fullPath, mode);
   return true;
 }
 
@@ -117,41 +159,41 @@ bool CWinRegKey::OpenCurrentUser(Int mode) {
   if (mRegView != rvDefaultView) TERN_FAIL("mRegView==rvDefaultView");
   if (IsValid()) {
     TERN_FAIL("! IsValid()");
-    return false;
+    return Fail(ERROR_INVALID_FUNCTION);
   }
-  HKEY key = nullptr;
-  if (::RegOpenCurrentUser(mode == rmRead ? cReadAccess : cReadWriteAccess,
-                           &key) != ERROR_SUCCESS)
-    return false;
-  mHKey = key;
-  mClose = true;
-  mMode = mode;
+  const CStr path(RootByHandle(HKEY_CURRENT_USER)->name);
+  CScopedRegKey key;
+  const LONG result = ::RegOpenCurrentUser(
+      mode == rmRead ? cReadAccess : cReadWriteAccess, key.Put());
+  if (result != ERROR_SUCCESS) return FailAt(result, path);
+  Take(std::move(key), path, mode);
   return true;
 }
 
 bool CWinRegKey::OpenLowIntegrity() {
   if (IsValid()) {
     TERN_FAIL("! IsValid()");
-    return false;
+    return Fail(ERROR_INVALID_FUNCTION);
   }
-  HKEY key = nullptr;
-  if (::RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\AppDataLow", 0,
-                        const_cast<char*>(""), 0, 0x20219, nullptr, &key,
-                        nullptr) != ERROR_SUCCESS)
-    return false;
-  mHKey = key;
-  mClose = true;
-  mMode = rmCreate;
+  const CStr path =
+      Below(CStr(RootByHandle(HKEY_CURRENT_USER)->name), cLowIntegrityKey);
+  CScopedRegKey key;
+  const LONG result = ::RegCreateKeyExA(HKEY_CURRENT_USER, cLowIntegrityKey, 0,
+                                        const_cast<char*>(""), 0, 0x20219,
+                                        nullptr, key.Put(), nullptr);
+  if (result != ERROR_SUCCESS) return FailAt(result, path);
+  Take(std::move(key), path, rmCreate);
   return true;
 }
 
 bool CWinRegKey::SetString(const char* name, const char* value) {
   TERN_ASSERT(value);
-  if (!value || !IsValid()) return false;
-  return ::RegSetValueExA(static_cast<HKEY>(mHKey), name, 0, REG_SZ,
-                          reinterpret_cast<const BYTE*>(value),
-                          static_cast<DWORD>(Str::Length(value) + 1)) ==
-         ERROR_SUCCESS;
+  if (!value) return Fail(ERROR_INVALID_PARAMETER);
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE);
+  const LONG result = ::RegSetValueExA(
+      mKey.Get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value),
+      static_cast<DWORD>(Str::Length(value) + 1));
+  return result == ERROR_SUCCESS || Fail(result);
 }
 
 bool CWinRegKey::SetDefaultString(const char* value) {
@@ -160,74 +202,85 @@ bool CWinRegKey::SetDefaultString(const char* value) {
 
 bool CWinRegKey::SetNumber(const char* name, UInt32 value) {
   TERN_ASSERT(name);
-  if (!IsValid()) return false;
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE);
   DWORD data = value;
-  return ::RegSetValueExA(static_cast<HKEY>(mHKey), name, 0, REG_DWORD,
-                          reinterpret_cast<const BYTE*>(&data),
-                          sizeof data) == ERROR_SUCCESS;
+  const LONG result =
+      ::RegSetValueExA(mKey.Get(), name, 0, REG_DWORD,
+                       reinterpret_cast<const BYTE*>(&data), sizeof data);
+  return result == ERROR_SUCCESS || Fail(result);
 }
 
 bool CWinRegKey::GetString(const char* name, CStr& value) const {
-  if (!IsValid()) return false;
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE);
   DWORD type = 0, dataLen = 0;
-  HKEY key = static_cast<HKEY>(mHKey);
-  if (::RegQueryValueExA(key, name, nullptr, &type, nullptr, &dataLen) !=
-      ERROR_SUCCESS)
-    return false;
-  if (type != REG_SZ && type != REG_EXPAND_SZ) return false;
+  LONG result =
+      ::RegQueryValueExA(mKey.Get(), name, nullptr, &type, nullptr, &dataLen);
+  if (result != ERROR_SUCCESS) return Fail(result);
+  if (type != REG_SZ && type != REG_EXPAND_SZ)
+    return Fail(ERROR_UNSUPPORTED_TYPE);
   if (!(dataLen <= INT_MAX)) TERN_FAIL("dataLen<=INT_MAX");
   std::vector<char> data(dataLen + 1, 0);
-  if (::RegQueryValueExA(key, name, nullptr, &type,
-                         reinterpret_cast<BYTE*>(data.data()),
-                         &dataLen) != ERROR_SUCCESS)
-    return false;
+  result = ::RegQueryValueExA(mKey.Get(), name, nullptr, &type,
+                              reinterpret_cast<BYTE*>(data.data()), &dataLen);
+  if (result != ERROR_SUCCESS) return Fail(result);
   value = data.data();  // the stored terminator, or the one added
   return true;
 }
 
 bool CWinRegKey::GetNumber(const char* name, UInt32& value) const {
-  if (!IsValid()) return false;
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE);
   DWORD type = 0, data = 0, dataLen = sizeof data;
-  if (::RegQueryValueExA(static_cast<HKEY>(mHKey), name, nullptr, &type,
-                         reinterpret_cast<BYTE*>(&data),
-                         &dataLen) != ERROR_SUCCESS ||
-      type != REG_DWORD)
-    return false;
+  const LONG result =
+      ::RegQueryValueExA(mKey.Get(), name, nullptr, &type,
+                         reinterpret_cast<BYTE*>(&data), &dataLen);
+  if (result != ERROR_SUCCESS) return Fail(result);
+  if (type != REG_DWORD) return Fail(ERROR_UNSUPPORTED_TYPE);
   value = data;
   return true;
 }
 
 bool CWinRegKey::DeleteValue(const char* name) {
-  if (!IsValid()) return false;
-  return ::RegDeleteValueA(static_cast<HKEY>(mHKey), name) == ERROR_SUCCESS;
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE);
+  const LONG result = ::RegDeleteValueA(mKey.Get(), name);
+  return result == ERROR_SUCCESS || Fail(result);
 }
 
-// RegDeleteKeyEx exists only on newer systems, so it is looked up; without
-// it the key is deleted without a view.
 bool CWinRegKey::DeleteSubKey(const char* name) {
+  return DeleteSubKeyInView(name, mRegView);
+}
+
+bool CWinRegKey::DeleteSubKeyInView(const char* name, Int view) {
   TERN_ASSERT(name);
-  if (!name || !IsValid()) return false;
-  HMODULE advapi = ::GetModuleHandleA("Advapi32.dll");
-  if (!advapi) return true;  // deliberately: nothing can be deleted then
-  using DeleteKeyEx = LONG(WINAPI*)(HKEY, LPCSTR, REGSAM, DWORD);
-  auto deleteKeyEx = reinterpret_cast<DeleteKeyEx>(
-      reinterpret_cast<void*>(::GetProcAddress(advapi, "RegDeleteKeyExA")));
-  LONG result = deleteKeyEx ? deleteKeyEx(static_cast<HKEY>(mHKey), name,
-                                          ViewFlag(mRegView), 0)
-                            : ::RegDeleteKeyA(static_cast<HKEY>(mHKey), name);
-  return result == ERROR_SUCCESS;
+  if (!name) return Fail(ERROR_INVALID_PARAMETER);
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE, name);
+  const LONG result = DeleteKeyIn(mKey.Get(), name, view);
+  return result == ERROR_SUCCESS || Fail(result, name);
+}
+
+bool CWinRegKey::DeleteSubKeyTree(const char* name) {
+  TERN_ASSERT(name);
+  if (!name) return Fail(ERROR_INVALID_PARAMETER);
+  {
+    CWinRegKey key(mRegView);
+    std::vector<CStr> subKeys;
+    bool emptied =
+        key.Open(name, *this, rmWrite) && key.GetSubKeyNames(subKeys);
+    for (const CStr& sub : subKeys)
+      emptied = emptied && key.DeleteSubKeyTree(sub.Chars());
+    if (!emptied) return FailAt(key.mFailure, key.mFailurePath);
+  }
+  return DeleteSubKey(name);
 }
 
 bool CWinRegKey::QueryInfo(Int* subKeyCount, Int* valueCount) {
-  if (!IsValid()) return false;
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE);
   DWORD subKeys = 0, maxSubKeyLen = 0, values = 0, maxValueNameLen = 0,
         maxValueLen = 0;
-  LONG result =
-      ::RegQueryInfoKeyA(static_cast<HKEY>(mHKey), nullptr, nullptr, nullptr,
-                         &subKeys, &maxSubKeyLen, nullptr, &values,
-                         &maxValueNameLen, &maxValueLen, nullptr, nullptr);
+  LONG result = ::RegQueryInfoKeyA(
+      mKey.Get(), nullptr, nullptr, nullptr, &subKeys, &maxSubKeyLen, nullptr,
+      &values, &maxValueNameLen, &maxValueLen, nullptr, nullptr);
   TERN_ASSERT(result == ERROR_SUCCESS);
-  if (result != ERROR_SUCCESS) return false;
+  if (result != ERROR_SUCCESS) return Fail(result);
   // Names of subkeys and of values share the one buffer length.
   mMaxNameLen = maxSubKeyLen > maxValueNameLen ? maxSubKeyLen : maxValueNameLen;
   mMaxDataLen = maxValueLen;
@@ -239,19 +292,25 @@ bool CWinRegKey::QueryInfo(Int* subKeyCount, Int* valueCount) {
 }
 
 // Subkeys and values are enumerated alike, into a buffer of the longest name.
-bool CWinRegKey::EnumName(Int index, CStr& name, bool values) {
-  if (!IsValid() || (mMaxNameLen == 0 && !QueryInfo())) return false;
+long CWinRegKey::NameAt(Int index, bool values, CStr& name) const {
   DWORD nameLen = mMaxNameLen + 1;
   if (!(nameLen <= INT_MAX)) TERN_FAIL("nameLen<=INT_MAX");
   std::vector<char> buf(nameLen + 1, 0);
-  HKEY key = static_cast<HKEY>(mHKey);
-  LONG result = values ? ::RegEnumValueA(key, index, buf.data(), &nameLen,
-                                         nullptr, nullptr, nullptr, nullptr)
-                       : ::RegEnumKeyExA(key, index, buf.data(), &nameLen,
-                                         nullptr, nullptr, nullptr, nullptr);
-  if (result != ERROR_SUCCESS) return false;
-  name.Assign(buf.data(), static_cast<Int>(nameLen));
-  return true;
+  const LONG result =
+      values ? ::RegEnumValueA(mKey.Get(), index, buf.data(), &nameLen, nullptr,
+                               nullptr, nullptr, nullptr)
+             : ::RegEnumKeyExA(mKey.Get(), index, buf.data(), &nameLen, nullptr,
+                               nullptr, nullptr, nullptr);
+  if (result == ERROR_SUCCESS)
+    name.Assign(buf.data(), static_cast<Int>(nameLen));
+  return result;
+}
+
+bool CWinRegKey::EnumName(Int index, CStr& name, bool values) {
+  if (!IsValid()) return Fail(ERROR_INVALID_HANDLE);
+  if (mMaxNameLen == 0 && !QueryInfo()) return false;
+  const LONG result = NameAt(index, values, name);
+  return result == ERROR_SUCCESS || Fail(result);
 }
 
 bool CWinRegKey::EnumSubKey(Int index, CStr& name) {
@@ -262,6 +321,30 @@ bool CWinRegKey::EnumValue(Int index, CStr& name) {
   return EnumName(index, name, true);
 }
 
+// The lengths are asked afresh, as names may have grown since the last ask.
+bool CWinRegKey::ListNames(bool values, std::vector<CStr>& names) {
+  names.clear();
+  if (!QueryInfo()) return false;
+  for (Int index = 0;; ++index) {
+    CStr name;
+    const LONG result = NameAt(index, values, name);
+    if (result == ERROR_NO_MORE_ITEMS) return true;
+    if (result != ERROR_SUCCESS) {
+      names.clear();
+      return Fail(result);
+    }
+    names.push_back(name);
+  }
+}
+
+bool CWinRegKey::GetSubKeyNames(std::vector<CStr>& names) {
+  return ListNames(false, names);
+}
+
+bool CWinRegKey::GetValueNames(std::vector<CStr>& names) {
+  return ListNames(true, names);
+}
+
 bool CWinRegKey::ReadString(const char* rootedPath, const char* name,
                             CStr& value, Int view) {
   CWinRegKey key(view);
@@ -269,17 +352,23 @@ bool CWinRegKey::ReadString(const char* rootedPath, const char* name,
 }
 
 void* CWinRegKey::FindRootKey(const CStr& segment, bool whole) {
-  return FindRoot(segment, whole);
+  const RootKey* root = FindRoot(segment, whole);
+  return root ? root->handle : nullptr;
 }
 
 bool CWinRegKey::AttachRoot(void* rootHandle) {
   if (IsValid()) {
     TERN_FAIL("! IsValid()");
-    return false;
+    return Fail(ERROR_INVALID_FUNCTION);
   }
-  mHKey = rootHandle;
-  mClose = false;
-  return rootHandle != nullptr;
+  if (!rootHandle) return Fail(ERROR_INVALID_HANDLE);
+  const RootKey* root = RootByHandle(static_cast<HKEY>(rootHandle));
+  if (!root) {
+    TERN_FAIL("not a predefined root key");
+    return Fail(ERROR_INVALID_HANDLE);
+  }
+  Take(CScopedRegKey(root->handle), CStr(root->name), mMode);
+  return true;
 }
 
 bool Platform::ReadRegistryString(const char* rootKey, const char* subKey,

@@ -1,24 +1,16 @@
-// A COM-style library whose registration entries write and remove a registry
-// value, so that a test sees that they were called.
+// A library whose registration entries answer in turn, so that a test sees
+// each call and its result: registering succeeds once, then fails (a
+// negative result); removing answers S_FALSE, which is still a success.
 #include <windows.h>
 
 namespace {
-const char cKey[] = "Software\\ZendraTests\\ImportLibrary";
+int gRegistrations = 0;
 }
 
 extern "C" __declspec(dllexport) HRESULT __stdcall DllRegisterServer() {
-  HKEY key = nullptr;
-  if (::RegCreateKeyExA(HKEY_CURRENT_USER, cKey, 0, nullptr, 0, KEY_WRITE,
-                        nullptr, &key, nullptr) != ERROR_SUCCESS)
-    return E_FAIL;
-  const char value[] = "yes";
-  ::RegSetValueExA(key, "Registered", 0, REG_SZ,
-                   reinterpret_cast<const BYTE*>(value), sizeof value);
-  ::RegCloseKey(key);
-  return S_OK;
+  return ++gRegistrations == 1 ? S_OK : E_FAIL;
 }
 
 extern "C" __declspec(dllexport) HRESULT __stdcall DllUnregisterServer() {
-  return ::RegDeleteKeyA(HKEY_CURRENT_USER, cKey) == ERROR_SUCCESS ? S_OK
-                                                                   : S_FALSE;
+  return S_FALSE;
 }

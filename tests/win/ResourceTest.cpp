@@ -1,0 +1,95 @@
+// Real handles the library owns: kernel handles (a named mutex exists while
+// a handle to it is open, which shows when one closes) and loaded libraries.
+#include <windows.h>
+
+#include <utility>
+
+#include "TApplication.h"
+#include "TImportLibrary_Win.h"
+#include "TScopedResource_Win.h"
+#include "TestSupport.h"
+#include "WindowDriver.h"
+
+using namespace Tern;
+
+namespace {
+
+const char cMutex[] = "ZendraTests.ScopedMutex";
+
+HANDLE NewMutex() { return ::CreateMutexA(nullptr, FALSE, cMutex); }
+
+bool MutexExists() {
+  return CScopedKernelHandle(::OpenMutexA(SYNCHRONIZE, FALSE, cMutex))
+      .IsValid();
+}
+
+CPath Library(const char* option) {
+  return CPath(TestSupport::WindowsPath(TestSupport::ArgValue(option)).c_str());
+}
+
+bool PlainLoaded() { return ::GetModuleHandleA("PlainDll.dll") != nullptr; }
+
+class PhaseApp : public CApplication {
+ public:
+  PhaseApp() : CApplication("Resource test") {}
+
+ protected:
+  void Run() override {}
+};
+
+}  // namespace
+
+TEST(ScopedResource, OwnershipMovesAndTheLastOwnerCloses) {
+  CScopedKernelHandle first(NewMutex());
+  ASSERT_TRUE(first.IsValid());
+  const HANDLE raw = first.Get();
+  CScopedKernelHandle second(std::move(first)), third;
+  third = std::move(second);
+  EXPECT_FALSE(first.IsValid() || second.IsValid());
+  EXPECT_EQ(raw, third.Get());
+  first.Reset();  // moved from: nothing left to close
+  EXPECT_TRUE(MutexExists());
+  third = CScopedKernelHandle();  // what was held is closed
+  EXPECT_FALSE(MutexExists());
+
+  const HANDLE released = CScopedKernelHandle(NewMutex()).Release();
+  EXPECT_TRUE(MutexExists());
+  ::CloseHandle(released);
+  third.Reset(NewMutex());
+  ::CloseHandle(third.Get());  // behind the owner's back
+  EXPECT_FALSE(third.Close());
+  EXPECT_FALSE(third.IsValid() || MutexExists());
+}
+
+// Loading, and libraries without entries, are Setup's own tests' part.
+TEST(ImportLibrary, EntryResultsBecomeStatuses) {
+  CImportLibrary lib(Library("registering-dll"));
+  EXPECT_EQ(Ok, lib.Register());
+  EXPECT_EQ(Failure, lib.Register());  // a negative result
+  EXPECT_EQ(Ok, lib.Unregister());     // S_FALSE
+}
+
+TEST(ImportLibrary, UnloadingFollowsTheApplicationPhase) {
+  {
+    CImportLibrary lib(Library("plain-dll"));
+    EXPECT_TRUE(PlainLoaded());
+  }
+  EXPECT_FALSE(PlainLoaded());  // no application: freed
+  PhaseApp app;
+  EXPECT_ASSERTION(CImportLibrary early(Library("plain-dll")),
+                   "lib->GetPhase() == execNormal");
+  app.SetPhase(execNormal);
+  {
+    CImportLibrary lib(Library("plain-dll"));
+    app.SetPhase(execShuttingDown);
+  }
+  EXPECT_TRUE(PlainLoaded());  // left loaded on purpose
+  app.SetPhase(execNormal);
+  CImportLibrary lib(Library("plain-dll"));
+  for (int n = 0; n < 10 && PlainLoaded(); ++n)
+    ::FreeLibrary(::GetModuleHandleA("PlainDll.dll"));
+  ASSERT_FALSE(PlainLoaded());
+  // Freed behind the object's back: its own free fails, and is reported once.
+  EXPECT_ASSERTION(lib.Unload(), "::FreeLibrary(mLib)");
+  EXPECT_FALSE(lib.IsLoaded());
+}
