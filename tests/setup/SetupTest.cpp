@@ -10,6 +10,7 @@
 #include "TVersion.h"
 #include "TestSupport.h"
 #include "Version.h"
+#include "WindowDriver.h"
 
 using namespace TestSupport;
 
