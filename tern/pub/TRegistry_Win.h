@@ -74,6 +74,7 @@ class CWinRegKey {
   // open), ERROR_INVALID_PARAMETER (a missing name or path),
   // ERROR_BAD_PATHNAME (no such root), ERROR_UNSUPPORTED_TYPE (a value of
   // another type) or ERROR_INVALID_FUNCTION (opening an open key).
+  // Enumerating past the last name fails too, with ERROR_NO_MORE_ITEMS.
   UInt32 FailureCode() const { return mFailure; }
   // One line for a log: the path the last failure concerns, the system's
   // text for its code and the code, as in
