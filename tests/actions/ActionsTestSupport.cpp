@@ -2,28 +2,14 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
+#include <memory>
+#include <type_traits>
 
-#include "InstallLog.h"
 #include "TestSupport.h"
 #include "WindowDriver.h"
 
 namespace ActionsTest {
-
-CaseLog::CaseLog() {
-  Zendra::ResetErrorCount();
-  Zendra::OpenLog("Zendra Actions.log", false);
-}
-
-CaseLog::~CaseLog() {
-  if (mOpen) Zendra::CloseLog(false, 0);
-}
-
-std::string CaseLog::Finish() {
-  if (mOpen) Zendra::CloseLog(false, 0);
-  mOpen = false;
-  return ReadText(Zendra::LogPath().OSToPathString().Chars());
-}
 
 bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
@@ -39,33 +25,19 @@ int Count(const std::string& text, const std::string& part) {
 
 namespace {
 
-// An open key, closed when it goes.
-class Key {
- public:
-  Key(HKEY root, const std::string& subKey, REGSAM access, bool create) {
-    LONG result = create
-                      ? ::RegCreateKeyExA(root, subKey.c_str(), 0, nullptr, 0,
-                                          access, nullptr, &mKey, nullptr)
-                      : ::RegOpenKeyExA(root, subKey.c_str(), 0, access, &mKey);
-    if (result != ERROR_SUCCESS) mKey = nullptr;
-  }
-  ~Key() {
-    if (mKey) ::RegCloseKey(mKey);
-  }
-  Key(const Key&) = delete;
-  Key& operator=(const Key&) = delete;
-  HKEY Get() const { return mKey; }
-
- private:
-  HKEY mKey = nullptr;
+struct KeyCloser {
+  void operator()(HKEY key) const { ::RegCloseKey(key); }
 };
+using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, KeyCloser>;
 
-bool Write(HKEY root, const std::string& subKey, const char* name, DWORD type,
-           const void* data, DWORD size, REGSAM view) {
-  Key key(root, subKey, KEY_WRITE | view, true);
-  return key.Get() && ::RegSetValueExA(key.Get(), name, 0, type,
-                                       static_cast<const BYTE*>(data),
-                                       size) == ERROR_SUCCESS;
+// The key opened (or created) with `access`; null when that failed.
+Key OpenKey(HKEY root, const std::string& subKey, REGSAM access,
+            bool create = false) {
+  HKEY key = nullptr;
+  LONG result = create ? ::RegCreateKeyExA(root, subKey.c_str(), 0, nullptr, 0,
+                                           access, nullptr, &key, nullptr)
+                       : ::RegOpenKeyExA(root, subKey.c_str(), 0, access, &key);
+  return Key(result == ERROR_SUCCESS ? key : nullptr);
 }
 
 }  // namespace
@@ -73,11 +45,11 @@ bool Write(HKEY root, const std::string& subKey, const char* name, DWORD type,
 RegValue ReadValue(HKEY root, const std::string& subKey, const char* name,
                    REGSAM view) {
   RegValue value;
-  Key key(root, subKey, KEY_READ | view, false);
+  Key key = OpenKey(root, subKey, KEY_READ | view);
   char data[2048] = "";
   DWORD size = sizeof data - 1;
-  if (!key.Get() ||
-      ::RegQueryValueExA(key.Get(), name, nullptr, &value.type,
+  if (!key ||
+      ::RegQueryValueExA(key.get(), name, nullptr, &value.type,
                          reinterpret_cast<BYTE*>(data), &size) != ERROR_SUCCESS)
     return value;
   value.found = true;
@@ -88,39 +60,33 @@ RegValue ReadValue(HKEY root, const std::string& subKey, const char* name,
 }
 
 bool KeyExists(HKEY root, const std::string& subKey, REGSAM view) {
-  Key key(root, subKey, KEY_READ | view, false);
-  return key.Get() != nullptr;
+  return OpenKey(root, subKey, KEY_READ | view) != nullptr;
 }
 
 std::vector<std::string> ValueNames(HKEY root, const std::string& subKey,
                                     REGSAM view) {
   std::vector<std::string> names;
-  Key key(root, subKey, KEY_READ | view, false);
-  for (DWORD i = 0; key.Get(); ++i) {
-    char name[512];
-    DWORD size = sizeof name;
-    if (::RegEnumValueA(key.Get(), i, name, &size, nullptr, nullptr, nullptr,
-                        nullptr) != ERROR_SUCCESS)
-      break;
+  Key key = OpenKey(root, subKey, KEY_READ | view);
+  char name[512];
+  for (DWORD i = 0, size = sizeof name;
+       key && !::RegEnumValueA(key.get(), i, name, &size, nullptr, nullptr,
+                               nullptr, nullptr);
+       ++i, size = sizeof name)
     names.push_back(name);
-  }
   return names;
 }
 
 bool WriteString(HKEY root, const std::string& subKey, const char* name,
                  const std::string& value, REGSAM view) {
-  return Write(root, subKey, name, REG_SZ, value.c_str(),
-               static_cast<DWORD>(value.size() + 1), view);
-}
-
-bool WriteNumber(HKEY root, const std::string& subKey, const char* name,
-                 DWORD value, REGSAM view) {
-  return Write(root, subKey, name, REG_DWORD, &value, sizeof value, view);
+  Key key = OpenKey(root, subKey, KEY_WRITE | view, true);
+  return key && ::RegSetValueExA(key.get(), name, 0, REG_SZ,
+                                 reinterpret_cast<const BYTE*>(value.c_str()),
+                                 static_cast<DWORD>(value.size() + 1)) ==
+                    ERROR_SUCCESS;
 }
 
 bool CreateKey(HKEY root, const std::string& subKey, REGSAM view) {
-  Key key(root, subKey, KEY_WRITE | view, true);
-  return key.Get() != nullptr;
+  return OpenKey(root, subKey, KEY_WRITE | view, true) != nullptr;
 }
 
 void MakeFolder(const std::string& path) {
@@ -134,9 +100,7 @@ void WriteText(const std::string& path, const std::string& text) {
 
 std::string ReadText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
+  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 bool FileExists(const std::string& path) {
@@ -179,30 +143,8 @@ std::string FontsKeyValue(const std::string& valueName) {
   return value.found ? value.text : "<none>";
 }
 
-namespace {
-int CALLBACK CountFamilies(const LOGFONTA*, const TEXTMETRICA*, DWORD,
-                           LPARAM count) {
-  ++*reinterpret_cast<int*>(count);
-  return 1;
-}
-}  // namespace
-
-bool GdiHasFamily(const std::string& face) {
-  LOGFONTA font = {};
-  font.lfCharSet = DEFAULT_CHARSET;
-  lstrcpynA(font.lfFaceName, face.c_str(), LF_FACESIZE);
-  HDC dc = ::GetDC(nullptr);
-  int count = 0;
-  ::EnumFontFamiliesExA(dc, &font, CountFamilies,
-                        reinterpret_cast<LPARAM>(&count), 0);
-  ::ReleaseDC(nullptr, dc);
-  return count > 0;
-}
-
-bool InstallBrowserStandIn(bool override) {
-  if (!CopyBuilt("mshtml-standin", "c:\\windows\\system32\\mshtml.dll"))
-    return false;
-  return !override ||
+bool InstallBrowserStandIn() {
+  return CopyBuilt("mshtml-standin", "c:\\windows\\system32\\mshtml.dll") &&
          WriteString(HKEY_CURRENT_USER, "Software\\Wine\\DllOverrides",
                      "mshtml", "native,builtin");
 }

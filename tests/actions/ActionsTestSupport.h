@@ -1,6 +1,6 @@
-// Shared pieces of the install-action tests: the install log of one case,
-// registry access that does not go through the code under test, and a
-// fresh folder tree on drive C.
+// Shared pieces of the tests that run Setup.exe on a prepared machine:
+// registry and file access that does not go through the code under test,
+// the built test files, and the browser's stand-in.
 #pragma once
 
 #include <windows.h>
@@ -11,18 +11,6 @@
 #include "TestSupport.h"
 
 namespace ActionsTest {
-
-// Opens the install log "Zendra Actions.log" for the case (and counts its
-// failures from zero); Finish closes it and gives its text.
-class CaseLog {
- public:
-  CaseLog();
-  ~CaseLog();
-  std::string Finish();
-
- private:
-  bool mOpen = true;
-};
 
 bool Contains(const std::string& text, const std::string& part);
 int Count(const std::string& text, const std::string& part);
@@ -42,8 +30,6 @@ std::vector<std::string> ValueNames(HKEY root, const std::string& subKey,
                                     REGSAM view = 0);
 bool WriteString(HKEY root, const std::string& subKey, const char* name,
                  const std::string& value, REGSAM view = 0);
-bool WriteNumber(HKEY root, const std::string& subKey, const char* name,
-                 DWORD value, REGSAM view = 0);
 bool CreateKey(HKEY root, const std::string& subKey, REGSAM view = 0);
 
 // Folders and files of the test machine.
@@ -61,13 +47,10 @@ std::string TestFontFile(const char* set, const std::string& name);
 // C:\windows\Fonts\<name>, and the data of a value of the system's fonts key.
 std::string SystemFontFile(const std::string& name);
 std::string FontsKeyValue(const std::string& valueName);
-// Whether GDI enumerates a family of that face name in this process.
-bool GdiHasFamily(const std::string& face);
 bool CopyInto(const std::string& from, const std::string& to);
 
 // Puts the browser's stand-in mshtml.dll (--mshtml-standin=...) where the
-// system's library is; `override` also tells Wine to load that file rather
-// than its own, as it must for the browser to be there.
-bool InstallBrowserStandIn(bool override = true);
+// system's library is, and tells Wine to load that file rather than its own.
+bool InstallBrowserStandIn();
 
 }  // namespace ActionsTest

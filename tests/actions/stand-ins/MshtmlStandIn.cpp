@@ -27,6 +27,3 @@ extern "C" __declspec(dllexport) HRESULT WINAPI
   ::RegCloseKey(key);
   return result == ERROR_SUCCESS ? S_OK : E_FAIL;
 }
-
-// Lets a test tell this library from the system's own.
-extern "C" __declspec(dllexport) int WINAPI ZendraTestStandIn() { return 1; }
