@@ -196,9 +196,22 @@ TEST(Office, EveryVersionFoundGetsTheAddInsAndTheRemovalTakesOnlyThose) {
   for (const char* key : cUserAgentKeys)
     EXPECT_EQ((std::vector<std::string>{"Other 1.0", token}), Names(key));
 
+  // A template another program holds open stays, and fails the removal; the
+  // removal goes on with the rest.
+  const std::string held = InStartup("C:\\Office14");
+  HANDLE file = ::CreateFileA(held.c_str(), GENERIC_READ, FILE_SHARE_READ,
+                              nullptr, OPEN_EXISTING, 0, nullptr);
   TestSupport::ChildProcess removal(cInstallDir + "\\Setup.exe", "-s -u");
-  ASSERT_EQ(0, removal.WaitForExit(60000));
-  for (const char* root : cWordRoots)
+  EXPECT_EQ(1, removal.WaitForExit(60000));
+  ::CloseHandle(file);
+  const std::string removalLog = ReadLog("Zendra Uninstall.log");
+  EXPECT_TRUE(
+      Contains(removalLog, "Failure: Unable to remove Word Macros\r\n"));
+  // The shared folder's template, gone with the first version's, is no
+  // failure of the second's.
+  EXPECT_EQ(1, Count(removalLog, "result = failure")) << removalLog;
+  EXPECT_TRUE(FileExists(held));
+  for (const char* root : {"C:\\Office16", "C:\\Office12"})
     EXPECT_FALSE(FileExists(InStartup(root))) << root;
   for (const char* office : {"14.0", "16.0"})
     EXPECT_FALSE(KeyExists(cMachine, AddInKey(office), c64)) << office;
