@@ -115,19 +115,6 @@ TEST_F(InstallLogTest, BlocksIndentAndCloseAlsoWhenLeftEarly) {
       Body(log));
 }
 
-TEST_F(InstallLogTest, FailuresAreCountedWithoutALog) {
-  EXPECT_FALSE(IsLogOpen());
-  EXPECT_FALSE(LogStep(false, "nowhere"));
-  EXPECT_FALSE(LogStatus(Tern::Failure, "nowhere"));
-  EXPECT_TRUE(LogStatus(Tern::Ok, "fine"));
-  { CLogBlock block("no log"); }
-  EXPECT_EQ(2u, ErrorCount());
-  ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
-  CloseLog(false, exitOk);
-  EXPECT_NE(std::string::npos, ReadText(TempDir() + "Zendra Install 1.log")
-                                   .find("Zendra log ends (error count = 2)."));
-}
-
 TEST_F(InstallLogTest, VerboseDumpAndCopyToTheInstallFolder) {
   Tern::CVarList::Global().Set("LogTestSetting", "value \"quoted\"");
   const std::string dest = TempDir() + "ZendraLogCopy";

@@ -10,7 +10,6 @@
 
 #include "PlatformRegistry.h"
 #include "TRegistry_Win.h"
-#include "TStream.h"
 #include "TestSupport.h"
 
 using namespace Tern;
@@ -137,19 +136,4 @@ TEST_F(RegistryTest, AFailedOpenIsDescribedWithPathAndSystemText) {
   EXPECT_GT(detail.size(), where.size() + 4) << "no system text: " << detail;
   EXPECT_EQ(" (5)", detail.substr(detail.size() - 4));
   secure("D:(A;;KA;;;WD)");
-}
-
-TEST_F(RegistryTest, ScriptsApplyLinesUntilTheFirstFailure) {
-  CStringStream script(
-      "@HKEY_CURRENT_USER/Software/ZendraTests/S=root default\n#Old=x\n\n"
-      "/Sub/Deeper\r\n#Url=http://example/a=b\n-Old\n#Root=y\n"
-      "#Broken\n#Never=set\n");
-  CStr message;
-  EXPECT_EQ(Failure, RunRegistryScript(script, rvDefaultView, &message));
-  EXPECT_STREQ("# command must have a value for key (Broken)", message.Chars());
-  EXPECT_EQ("root default", UserString("\\S", nullptr));
-  EXPECT_EQ("y", UserString("\\S", "Root"));
-  EXPECT_EQ("http://example/a=b", UserString("\\S\\Sub\\Deeper", "Url"));
-  for (const char* gone : {"Old", "Never"})
-    EXPECT_EQ("<none>", UserString("\\S", gone)) << gone;
 }
