@@ -139,17 +139,38 @@ using WindowsErrorTable = std::vector<std::pair<UInt32, CError>>;
 // Searched in this order; the first match wins.
 WindowsErrorTable BuildWindowsErrorTable() {
   return {
-      {2, E_NotFound},      {3, E_NotFound},       {53, E_NotFound},
-      {20, E_NotFound},     {126, E_NotFound},     {64, E_NotFound},
-      {14, E_Alloc},        {80, E_AlreadyExists}, {183, E_AlreadyExists},
-      {160, E_BadArgument}, {111, E_BadArgument},  {87, E_BadArgument},
-      {6, E_BadArgument},   {123, E_BadArgument},  {67, E_BadArgument},
-      {5, E_NoAccess},      {32, E_NoAccess},      {65, E_NoAccess},
-      {86, E_BadName},      {110, E_NotOpen},      {145, E_DirNotEmpty},
+      {2, E_NotFound},
+      {3, E_NotFound},
+      {53, E_NotFound},
+      {20, E_NotFound},
+      {126, E_NotFound},
+      {64, E_NotFound},
+      {14, E_Alloc},
+      {80, E_AlreadyExists},
+      {183, E_AlreadyExists},
+      {160, E_BadArgument},
+      {111, E_BadArgument},
+      {87, E_BadArgument},
+      {6, E_BadArgument},
+      {123, E_BadArgument},
+      {67, E_BadArgument},
+      {5, E_NoAccess},
+      {32, E_NoAccess},
+      {65, E_NoAccess},
+      {86, E_BadName},
+      {110, E_NotOpen},
+      {145, E_DirNotEmpty},
       {16, Failure},
       // A full disk is an ordinary failure, not an internal error: a log on
       // that disk must not report its own failed writes as one.
-      {112, E_DiskFull},    {39, E_DiskFull},
+      {112, E_DiskFull},
+      {39, E_DiskFull},
+      // Ordinary failures of paths and of files other programs hold.
+      {206, E_BadName},
+      {161, E_BadName},
+      {33, E_NoAccess},
+      {19, E_NoAccess},
+      {1224, E_NoAccess},
   };
 }
 
