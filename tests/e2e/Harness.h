@@ -125,8 +125,6 @@ class RunningWord {
   TestSupport::ChildProcess mProcess;
 };
 
-// Saves a picture of the window to the screenshot folder given to the test
-// program (--screenshots=DIR) as NAME.bmp; false without such a folder.
-bool SaveScreenshot(HWND window, const std::string& name);
+using TestSupport::SaveScreenshot;  // as the install actions' tests call it
 
 }  // namespace E2E
