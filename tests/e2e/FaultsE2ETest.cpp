@@ -1,7 +1,5 @@
-// Drives a real machine has, met by real installs and removals of the
-// sample product one after another: a small disk that fills up (drive P:)
-// and the product on read-only media, as on a CD (drive R:). None may hang
-// or crash, and a run after the cause is gone must succeed.
+// A small disk that fills up (drive P:) and the product on read-only media
+// (drive R:), met by installs and removals one after another.
 #include <windows.h>
 // After windows.h:
 #include <tlhelp32.h>
@@ -53,8 +51,7 @@ TEST(Faults, ADiskThatFillsUpAndReadOnlyMedia) {
   SourceFolder source;
   source.Standard();
 
-  // Program Files on the small drive, with room for half the product: the
-  // install fails, and succeeds once there is room.
+  // Program Files on the small drive, with room for half the product.
   const char cVersionKey[] = "Software\\Microsoft\\Windows\\CurrentVersion";
   const std::string programFiles =
       Reg(HKEY_LOCAL_MACHINE, cVersionKey, "ProgramFilesDir");
@@ -73,9 +70,8 @@ TEST(Faults, ADiskThatFillsUpAndReadOnlyMedia) {
   const std::string installed = cSmallDrive + "Orvane\\Zendra";
   EXPECT_TRUE(FileExists(installed + "\\About.gif"));
 
-  // A removal started on the media is not started from the installed
-  // folder: it touches nothing and leaves no batch file running. The
-  // installed copy still removes itself.
+  // A removal from the media is not from the installed folder: it touches
+  // nothing and starts no batch file. The installed copy still removes.
   EXPECT_TRUE(Ended(RunSetup(cMedia + "Setup.exe", "-s -u"), 1,
                     {"Failure: Setup.exe runs from 'R:\\', not from Zendra's "
                      "installed folder '" +
@@ -87,12 +83,9 @@ TEST(Faults, ADiskThatFillsUpAndReadOnlyMedia) {
   EXPECT_TRUE(Ended(RunSetup(installed + "\\Setup.exe", "-s -u"), 0));
   EXPECT_TRUE(WaitUntilGone(installed));
 
-  // Installed from the media into the usual Program Files. Then the
-  // temporary folder on the full small drive: one page is left, which the
-  // log takes, so the removal's batch file is made but its text can't be
-  // written. The removal is done all the same and the batch file is still
-  // started (Wine can't start an empty batch file; Windows runs it, and it
-  // deletes nothing).
+  // The temporary folder on the full drive: the log takes the last page, the
+  // batch file's text can't be written. The removal is done, the batch file
+  // still started (Windows runs it empty; Wine can't).
   ASSERT_TRUE(
       SetReg(HKEY_LOCAL_MACHINE, cVersionKey, "ProgramFilesDir", programFiles));
   EXPECT_TRUE(Ended(RunSetup(cMedia + "Setup.exe", "-s -i"), 0));

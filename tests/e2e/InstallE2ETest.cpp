@@ -1,6 +1,5 @@
-// Installs that fail, run as a user would one after another on one machine:
-// each says which step failed and what it left, and once the cause is gone
-// the next run completes the install. Then two installs started at once.
+// Installs that fail, one after another on one machine: each says which
+// step failed, and the next run completes the install. Then two at once.
 #include <windows.h>
 
 #include <filesystem>
@@ -58,9 +57,8 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   ASSERT_NE(INVALID_HANDLE_VALUE, heldFile);
   ASSERT_NE(INVALID_HANDLE_VALUE, heldFont);
 
-  // Installed fonts can't be replaced here. The older QX Extra fails the
-  // install before the install folder is touched: even a silent run asks
-  // the user to put it in place by hand.
+  // The older QX Extra fails the install before the install folder is
+  // touched; even a silent run asks the user to put it in place by hand.
   SetupRun fonts(setup, "-s -i");
   Answer(fonts, "An error occurred updating the QX Extra font.", IDOK,
          "qxextra-warning");
@@ -71,8 +69,8 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
        "Old version of QX Extra detected, warn user to manually install.\r\n",
        "Failure: Installation of Zendra fonts\r\n", "Installation failed!"},
       {"Deleting contents of directory"}));
-  // Put in place as the message says, from the product's fonts folder: the
-  // current font that can't be replaced is no failure, the held leftover is.
+  // Done as asked: a current font that can't be replaced is no failure, the
+  // held leftover is.
   ASSERT_TRUE(ActionsTest::CopyInto(cFontsDir + "\\qxextra.ttf",
                                     SystemFontFile("qxextra.ttf")));
   EXPECT_TRUE(Ended(RunSetup(setup, "-s -i"), 1,
@@ -82,8 +80,7 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
                     {"Failure: Installation of Zendra fonts"}));
   ::CloseHandle(heldFile);
 
-  // Parts of the source missing, one at a time: each fails its own step,
-  // after the steps before it did their work.
+  // Parts of the source missing: each fails its own step, after the others.
   const std::pair<const char*, std::vector<std::string>> cMissing[] = {
       {"LibLouis", {"Failure: Unable to install liblouis tables\r\n"}},
       {"ZendraBHO.dll",
@@ -101,8 +98,7 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   EXPECT_TRUE(FileExists(cInstallDir + "\\ZendraBraille.dll"));
   EXPECT_TRUE(FileExists(cInstallDir + "\\LibLouis\\Tables\\en-us-g1.ctb"));
 
-  // From a folder whose name the ANSI code page can't write, the install
-  // runs from its short path and completes. The leftovers are gone.
+  // From a folder the ANSI code page can't name, via its short path.
   const std::wstring parent = L"C:\\Pr\u00fcfung";
   const std::wstring unusual = parent + L"\\Qu\u00e9 \u6570\u5b66";
   const std::wstring usual(source.Dir().begin(), source.Dir().end());
@@ -122,9 +118,8 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   EXPECT_EQ(ReadText(source.Dir() + "\\Zendra.dll"),
             ReadText(cInstallDir + "\\Zendra.dll"));
 
-  // Two installs started together. Three thousand more support files keep
-  // the first copying for seconds; the second, even a silent one, says
-  // that Setup is running and ends before it opens a log.
+  // Two installs at once (3000 more files keep the first busy): the second
+  // says Setup is running and ends before it opens a log.
   for (int i = 0; i < 3000; ++i)
     WriteText(source.Dir() + "\\Rules\\" + std::to_string(i) + ".txt", "x");
   const std::size_t logs = LogFiles().size();

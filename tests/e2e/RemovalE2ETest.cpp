@@ -1,8 +1,6 @@
-// Installs and removals, run as a user would one after another on a machine
-// with Word and PowerPoint: from a read-only source, as on a CD or a share;
-// an install killed halfway; a copy of Setup.exe started elsewhere; and a
-// removal on a machine that changed since the install, with files held
-// open, read-only, missing or damaged, and leftovers.
+// Installs and removals on a machine with Word and PowerPoint: from a
+// read-only source, after an install killed halfway, from a copy started
+// elsewhere, and on a machine that changed since the install.
 #include <windows.h>
 
 #include <filesystem>
@@ -69,8 +67,7 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
     EXPECT_FALSE(::GetFileAttributesA(copy.c_str()) & FILE_ATTRIBUTE_READONLY)
         << copy;
 
-  // What it deletes goes even when read-only: the fonts as an older Setup
-  // left them, for a repair; the Word template, for the removal.
+  // What it deletes goes even when read-only: fonts, the Word template.
   for (const std::string& font : FontFiles()) MakeReadOnly(font);
   EXPECT_TRUE(Ended(RunSetup(readOnly.SetupExe(), "-s -i"), 0,
                     {"Installation successful!"},
@@ -84,9 +81,8 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
   EXPECT_FALSE(FileExists(cTemplate));
   EXPECT_FALSE(FileExists(TempDir() + "Zendra.ovc"));
 
-  // An install killed once it copies the components (by then it has
-  // emptied and filled again the fonts folder the removal kept) is
-  // completed by the next; nothing is added twice.
+  // An install killed while copying the components (past the fonts folder
+  // the removal kept) is completed by the next; nothing is added twice.
   SourceFolder source;
   source.Standard();
   {
@@ -103,9 +99,8 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
   EXPECT_EQ(ReadText(source.Dir() + "\\About.gif"),
             ReadText(cInstallDir + "\\About.gif"));
 
-  // A copy of Setup.exe started anywhere but the installed folder, beside
-  // the user's own work, removes nothing: a removal empties the folder it
-  // runs from.
+  // A copy of Setup.exe beside the user's work removes nothing: a removal
+  // empties the folder it runs from.
   SourceFolder downloads("Downloads");
   const std::string thesis = downloads.Dir() + "\\thesis.docx";
   WriteText(thesis, "the user's work");
@@ -122,12 +117,10 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
   EXPECT_TRUE(ActionsTest::KeyExists(HKEY_LOCAL_MACHINE, cUninstallKey));
   EXPECT_TRUE(ClassExists());
 
-  // The installed folder changed since the install: a component held open,
-  // two missing, one damaged, a read-only file, the user's files, no
-  // configuration. Elsewhere a stale batch file, an earlier removal's
-  // configuration (which stays without a newer one to take its place) and
-  // a PowerPoint add-in key that can't be deleted. Each failure is counted,
-  // and the rest goes all the same.
+  // A component held open, two missing, one damaged, a read-only file, the
+  // user's files, no configuration; a stale batch file, an earlier
+  // removal's configuration (kept: no newer one), a stuck add-in key. Each
+  // failure counts, the rest goes all the same.
   const std::string bho = cInstallDir + "\\ZendraBHO.dll";
   HANDLE held = ::CreateFileA(bho.c_str(), GENERIC_READ, 0, nullptr,
                               OPEN_EXISTING, 0, nullptr);

@@ -52,31 +52,28 @@ const char* const cKept[] = {
     R"(REG HKLM\\Software\\Wine\\.*)",
 };
 
-// Lets this process save registry hives (RegSaveKey asks for it).
+// RegSaveKey asks for the backup privilege.
 bool EnableBackupPrivilege() {
   HANDLE token = nullptr;
-  if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES,
-                          &token))
-    return false;
-  TOKEN_PRIVILEGES privileges = {};
-  privileges.PrivilegeCount = 1;
-  privileges.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
+  TOKEN_PRIVILEGES backup = {1, {{{0, 0}, SE_PRIVILEGE_ENABLED}}};
   const bool enabled =
+      ::OpenProcessToken(::GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES,
+                         &token) &&
       ::LookupPrivilegeValueA(nullptr, SE_BACKUP_NAME,
-                              &privileges.Privileges[0].Luid) &&
-      ::AdjustTokenPrivileges(token, FALSE, &privileges, 0, nullptr, nullptr) &&
+                              &backup.Privileges[0].Luid) &&
+      ::AdjustTokenPrivileges(token, FALSE, &backup, 0, nullptr, nullptr) &&
       ::GetLastError() == ERROR_SUCCESS;
-  ::CloseHandle(token);
+  if (token) ::CloseHandle(token);
   return enabled;
 }
 
-// Where the text of a key name or value name that starts at `from` ends:
-// the first `close` character that is not escaped with a backslash.
-std::size_t NameEnd(const std::string& line, std::size_t from, char close) {
+// Where a value's quoted name that starts at `from` ends: the first quote
+// not escaped with a backslash.
+std::size_t NameEnd(const std::string& line, std::size_t from) {
   for (std::size_t i = from; i < line.size(); ++i) {
     if (line[i] == '\\')
       ++i;
-    else if (line[i] == close)
+    else if (line[i] == '"')
       return i;
   }
   return std::string::npos;
@@ -108,8 +105,7 @@ void ReadHive(HKEY root, const std::string& rootName, Snapshot& out) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (line.empty() || line[0] == '#' || line[0] == ';') continue;
     if (line[0] == '[') {
-      key = rootName + "\\" +
-            Unescaped(line.substr(1, NameEnd(line, 1, ']') - 1));
+      key = rootName + "\\" + Unescaped(line.substr(1, line.rfind(']') - 1));
       for (std::size_t at = key.find('\\'); at != std::string::npos;
            at = key.find('\\', at + 1))
         out["REG " + key.substr(0, at)];  // the keys above it
@@ -118,7 +114,7 @@ void ReadHive(HKEY root, const std::string& rootName, Snapshot& out) {
     }
     // "name"=data or @=data (the default value); binary data goes on over
     // lines that end in a backslash.
-    const std::size_t nameEnd = line[0] == '@' ? 0 : NameEnd(line, 1, '"');
+    const std::size_t nameEnd = line[0] == '@' ? 0 : NameEnd(line, 1);
     if (nameEnd == std::string::npos) continue;  // "WINE REGISTRY Version 2"
     const std::string name =
         line[0] == '@' ? "" : Unescaped(line.substr(1, nameEnd - 1));
