@@ -117,13 +117,14 @@ Outcome RunSetup(const std::string& exe, const std::string& arguments) {
   if (run.exitCode != exitCode)
     wrong = "exit code " + std::to_string(run.exitCode) + "\n";
   for (const std::string& text : present)
-    if (run.log.find(text) == std::string::npos) wrong += "missing: " + text;
+    if (run.log.find(text) == std::string::npos)
+      wrong += "missing: " + text + "\n";
   for (const std::string& text : absent)
-    if (run.log.find(text) != std::string::npos) wrong += "present: " + text;
+    if (run.log.find(text) != std::string::npos)
+      wrong += "present: " + text + "\n";
   if (wrong.empty()) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure()
-         << "in '" << run.logName << "': " << wrong << "\n"
-         << run.log;
+  return ::testing::AssertionFailure() << "in '" << run.logName << "':\n"
+                                       << wrong << run.log;
 }
 
 void Answer(SetupRun& run, const std::string& text, int id,
