@@ -1,87 +1,130 @@
-// End-to-end harness: lays out an install source folder from the built sample
-// product (or just Setup.exe and a Zendra.ovc written by ovc), runs Setup.exe
-// as a user would, and reads back its exit code, its logs in the temporary
-// folder and the registry. Each case runs in a fresh Wine prefix
-// (run-fresh.sh).
+// End-to-end harness: lays out an install source folder from the built
+// sample product, runs Setup.exe as a user would and reads back what each
+// run did. A scenario takes a fresh Wine prefix (run-fresh.sh) through many
+// runs, one after another.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <windows.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
+#include "Version.h"
 #include "WindowDriver.h"
 
 namespace E2E {
 
-// The source folder C:\ZendraE2E\<name>, made afresh.
+// Where the product lands on the test machine, a 64-bit Windows; the Word
+// 2016 scenarios put there; the product's keys (32-bit view).
+inline const std::string cInstallDir =
+    "C:\\Program Files (x86)\\Orvane\\Zendra";
+inline const std::string cFontsDir =
+    "C:\\Program Files (x86)\\Orvane\\Common\\Fonts\\TrueType";
+inline const std::string cWordFolder =
+    "C:\\Program Files (x86)\\Microsoft Office\\Office16";
+inline const char cProductClass[] =
+    "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+inline const char cUninstallKey[] =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
+    "{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+inline const char cSettingsKey[] = "SOFTWARE\\Orvane\\OVZN4";
+inline const char cUserAgentKey[] =
+    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\"
+    "User Agent\\Post Platform";
+inline const char cUserAgentKey9[] =
+    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\5.0\\"
+    "User Agent\\Post Platform";
+inline const std::string cInstalled = std::string("Zendra ") +
+                                      SETUP_PRODUCT_VERSION_TEXT +
+                                      " installed successfully.";
+
+// The folder C:\ZendraE2E\<name>, made afresh.
 class SourceFolder {
  public:
   explicit SourceFolder(const std::string& name = "Source");
   const std::string& Dir() const { return mDir; }
   std::string SetupExe() const { return mDir + "\\Setup.exe"; }
-
-  // Copies the built Setup.exe in.
-  void AddSetup() const;
   // Writes Zendra.ovc with the ovc program: NAME=VALUE pairs ("%" prefix:
   // read-only). True when ovc succeeded.
   bool WriteConfig(const std::vector<std::string>& variables) const;
-  // Zendra.ovc as the product ships it (major version 4, the names, the OEM
-  // settings) plus `extra` NAME=VALUE pairs.
-  bool WriteProductConfig(const std::vector<std::string>& extra) const;
-  // The whole sample product, as it ships: Setup.exe, the components, fonts,
-  // subfolders and a Zendra.ovc of major version 4 (--sample-dir=...). The
-  // machine gets the browser's library the install registers with.
+  // Copies in the built product as it ships (--sample-dir=...); the machine
+  // gets the browser's library, which the install registers with.
   void Standard() const;
 
  private:
   std::string mDir;
 };
 
-// Runs the folder's Setup.exe with `arguments` and waits for it to end.
-int RunSetup(const SourceFolder& source, const std::string& arguments,
-             bool* showedWindow = nullptr);
+// What one run of Setup.exe did.
+struct Outcome {
+  int exitCode = -1;    // -1: it did not end in time and was killed
+  std::string logName;  // the log it wrote or rewrote; empty when none
+  std::string log;
+};
 
-// Where the product lands on the test machine, a 64-bit Windows.
-inline const std::string cInstallDir =
-    "C:\\Program Files (x86)\\Orvane\\Zendra";
-inline const std::string cFontsDir =
-    "C:\\Program Files (x86)\\Orvane\\Common\\Fonts\\TrueType";
-// The folder of the Word 2016 that cases put on the machine.
-inline const std::string cWordFolder =
-    "C:\\Program Files (x86)\\Microsoft Office\\Office16";
-// The product's class and its Add/Remove Programs entry (32-bit view).
-inline const char cProductClass[] =
-    "CLSID\\{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
-inline const char cUninstallKey[] =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
-    "{5A1C7E30-2B94-4F6D-9E21-7C3B0D84A6F1}";
+// One run of Setup.exe (or of a program that starts it), started at once.
+class SetupRun {
+ public:
+  SetupRun(const std::string& exe, const std::string& arguments);
+  SetupRun(const std::wstring& exe, const std::string& arguments);
+  // The run's next visible "Zendra Setup" window; null when none came.
+  HWND WaitForDialog() { return mProcess.WaitForDialog("Zendra Setup", 60000); }
+  // Waits for the end. A log the run wrote must be well formed: each block
+  // it starts is closed, then come the exit code and the error count.
+  Outcome Finish(bool windowless = false);
 
-// Waits up to `seconds` for `path` to go: a removal's batch file deletes
+ private:
+  std::map<std::string, std::string> mLogsBefore;
+  TestSupport::ChildProcess mProcess;
+};
+
+// A run that shows no window: nobody would answer one.
+Outcome RunSetup(const std::string& exe, const std::string& arguments);
+
+// The run ended with `exitCode`, each of `present` in its log, none of
+// `absent`.
+::testing::AssertionResult Ended(const Outcome& run, int exitCode,
+                                 const std::vector<std::string>& present = {},
+                                 const std::vector<std::string>& absent = {});
+
+// The run's next dialog says `text`; it is saved as picture `screenshot`
+// when one is named, and answered with the button `id`.
+void Answer(SetupRun& run, const std::string& text, int id = IDOK,
+            const char* screenshot = nullptr);
+
+// Waits up to 30 s for `path` to go, as a removal's batch file deletes
 // Setup.exe and its folder once Setup has ended.
-bool WaitUntilGone(const std::string& path, int seconds = 30);
+bool WaitUntilGone(const std::string& path);
 
-// The system's temporary folder, with a trailing backslash.
+// The temporary folder (a trailing backslash), its "Zendra *.log" files.
 std::string TempDir();
-std::string ReadLog(const std::string& fileName);  // empty when missing
-bool LogExists(const std::string& fileName);
-void WriteLog(const std::string& fileName, const std::string& text);
-std::vector<std::string> LogFiles();  // names of "Zendra *.log" files
+std::vector<std::string> LogFiles();
 
-// Every "Start: X {" is closed by its "} End: X", in order.
-bool BlocksBalanced(const std::string& log, std::string* problem = nullptr);
-// The exit-code line and the footer, as the log ends.
-std::string Footer(const std::string& log);
+// A string value as a 32-bit program sees it ("<none>" when missing), and
+// one written, not through the code under test.
+std::string Reg(HKEY root, const std::string& key, const char* name);
+bool SetReg(HKEY root, const std::string& key, const char* name,
+            const std::string& value);
 
-// Registry access that does not go through the code under test.
-bool SetRegString(HKEY root, const std::string& subKey, const char* name,
-                  const std::string& value);
-std::string GetRegString(HKEY root, const std::string& subKey,
-                         const char* name);  // "<none>" when missing
-void DeleteRegTree(HKEY root, const std::string& subKey);
+// Word 2016 with its Startup folder, and PowerPoint 2016.
+void MakeOffice();
+// How many of the browser's user agent tokens under `key` are the product's.
+int ProductTokens(const std::string& key);
 
-// Saves a picture of the window to the screenshot folder given to the test
-// program (--screenshots=DIR) as NAME.bmp; false without such a folder.
-bool SaveScreenshot(HWND window, const std::string& name);
+// A running Word: the fake Word's "OpusApp" window, until it is closed.
+class RunningWord {
+ public:
+  RunningWord();
+  ~RunningWord() { Close(); }
+  HWND Window() const { return ::FindWindowA("OpusApp", nullptr); }
+  void Close();
+
+ private:
+  TestSupport::ChildProcess mProcess;
+};
+
+using TestSupport::SaveScreenshot;  // as the install actions' tests call it
 
 }  // namespace E2E

@@ -1,16 +1,23 @@
 #include "Residue.h"
 
+#include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <regex>
+
+#include "Harness.h"
 
 namespace Residue {
 
 namespace {
 
 namespace fs = std::filesystem;
+using E2E::TempDir;
 
 // What stays after a removal, on purpose (the README lists why), and what
 // Wine changes by itself.
@@ -45,51 +52,89 @@ const char* const cKept[] = {
     R"(REG HKLM\\Software\\Wine\\.*)",
 };
 
-std::string ValueData(DWORD type, const BYTE* data, DWORD size) {
-  if (type == REG_SZ || type == REG_EXPAND_SZ)
-    return std::string(
-        reinterpret_cast<const char*>(data),
-        size ? strnlen(reinterpret_cast<const char*>(data), size) : 0);
-  std::string hex;
-  char byte[4];
-  for (DWORD i = 0; i < size && i < 64; ++i) {
-    std::snprintf(byte, sizeof byte, "%02x", data[i]);
-    hex += byte;
-  }
-  return "type " + std::to_string(type) + ": " + hex;
+// RegSaveKey asks for the backup privilege.
+bool EnableBackupPrivilege() {
+  HANDLE token = nullptr;
+  TOKEN_PRIVILEGES backup = {1, {{{0, 0}, SE_PRIVILEGE_ENABLED}}};
+  const bool enabled =
+      ::OpenProcessToken(::GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES,
+                         &token) &&
+      ::LookupPrivilegeValueA(nullptr, SE_BACKUP_NAME,
+                              &backup.Privileges[0].Luid) &&
+      ::AdjustTokenPrivileges(token, FALSE, &backup, 0, nullptr, nullptr) &&
+      ::GetLastError() == ERROR_SUCCESS;
+  if (token) ::CloseHandle(token);
+  return enabled;
 }
 
-void WalkKey(HKEY key, const std::string& path, Snapshot& out) {
-  out["REG " + path] = "";
-  char name[16384];
-  std::vector<BYTE> data(1 << 16);
-  for (DWORD i = 0;; ++i) {
-    DWORD nameSize = sizeof name, dataSize = static_cast<DWORD>(data.size());
-    DWORD type = 0;
-    if (::RegEnumValueA(key, i, name, &nameSize, nullptr, &type, data.data(),
-                        &dataSize) != ERROR_SUCCESS)
-      break;
-    out["REG " + path + "|" + name] = ValueData(type, data.data(), dataSize);
+// Where a value's quoted name that starts at `from` ends: the first quote
+// not escaped with a backslash.
+std::size_t NameEnd(const std::string& line, std::size_t from) {
+  for (std::size_t i = from; i < line.size(); ++i) {
+    if (line[i] == '\\')
+      ++i;
+    else if (line[i] == '"')
+      return i;
   }
-  for (DWORD i = 0;; ++i) {
-    DWORD nameSize = sizeof name;
-    if (::RegEnumKeyExA(key, i, name, &nameSize, nullptr, nullptr, nullptr,
-                        nullptr) != ERROR_SUCCESS)
-      break;
-    HKEY sub = nullptr;
-    if (::RegOpenKeyExA(key, name, 0, KEY_READ | KEY_WOW64_64KEY, &sub) !=
-        ERROR_SUCCESS)
+  return std::string::npos;
+}
+
+// "\\" stands for one backslash, "\"", "\[" and "\]" for the character.
+std::string Unescaped(const std::string& text) {
+  std::string plain;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\\' && i + 1 < text.size() &&
+        std::strchr("\\\"[]", text[i + 1]))
+      ++i;
+    plain += text[i];
+  }
+  return plain;
+}
+
+// The whole hive below `root`, saved by the registry server in one call in
+// Wine's text format: each key that has values or no subkeys, each value
+// with its data as written. The keys above them are added.
+void ReadHive(HKEY root, const std::string& rootName, Snapshot& out) {
+  const std::string file = TempDir() + "residue-hive.reg";
+  ::DeleteFileA(file.c_str());
+  const LONG saved = ::RegSaveKeyA(root, file.c_str(), nullptr);
+  ASSERT_EQ(ERROR_SUCCESS, saved) << "RegSaveKey " << rootName;
+  std::ifstream in(file, std::ios::binary);
+  std::string line, key;
+  while (std::getline(in, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.empty() || line[0] == '#' || line[0] == ';') continue;
+    if (line[0] == '[') {
+      key = rootName + "\\" + Unescaped(line.substr(1, line.rfind(']') - 1));
+      for (std::size_t at = key.find('\\'); at != std::string::npos;
+           at = key.find('\\', at + 1))
+        out["REG " + key.substr(0, at)];  // the keys above it
+      out["REG " + key];
       continue;
-    WalkKey(sub, path + "\\" + name, out);
-    ::RegCloseKey(sub);
+    }
+    // "name"=data or @=data (the default value); binary data goes on over
+    // lines that end in a backslash.
+    const std::size_t nameEnd = line[0] == '@' ? 0 : NameEnd(line, 1);
+    if (nameEnd == std::string::npos) continue;  // "WINE REGISTRY Version 2"
+    const std::string name =
+        line[0] == '@' ? "" : Unescaped(line.substr(1, nameEnd - 1));
+    std::string data = line.substr(nameEnd + 2);
+    while (!data.empty() && data.back() == '\\' && std::getline(in, line)) {
+      data.pop_back();
+      data += line.substr(std::min(line.find_first_not_of(' '), line.size()));
+    }
+    out["REG " + key + "|" + name] = data;
   }
+  in.close();
+  ::DeleteFileA(file.c_str());
 }
 
 // Under Wine these of the user's folders are the Unix home folder itself,
 // which is no part of the test machine.
 bool IsUnixHome(const fs::path& path) {
   static const std::regex home(
-      R"(C:\\users\\[^\\]+\\(Desktop|Documents|Downloads|Music|Pictures|Videos))",
+      R"(C:\\users\\[^\\]+\\(Desktop|Documents|Downloads|Music|Pictures|Videos|)"
+      R"(AppData\\Roaming\\Microsoft\\Windows\\Templates))",
       std::regex::icase);
   return std::regex_match(path.string(), home);
 }
@@ -121,8 +166,9 @@ bool Kept(const std::string& item) {
 
 Snapshot Take() {
   Snapshot out;
-  WalkKey(HKEY_LOCAL_MACHINE, "HKLM", out);
-  WalkKey(HKEY_CURRENT_USER, "HKCU", out);
+  EXPECT_TRUE(EnableBackupPrivilege());
+  ReadHive(HKEY_LOCAL_MACHINE, "HKLM", out);
+  ReadHive(HKEY_CURRENT_USER, "HKCU", out);
   WalkFiles(out);
   return out;
 }

@@ -1,6 +1,7 @@
 // What an install and a removal leave on a machine: snapshots of the
 // registry (HKEY_LOCAL_MACHINE with both views, HKEY_CURRENT_USER; the
-// classes root lives in both) and of drive C, and their differences.
+// classes root lives in both), each hive saved whole in one call, and of
+// drive C, and their differences.
 #pragma once
 
 #include <map>

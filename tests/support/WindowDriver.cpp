@@ -1,6 +1,10 @@
 #include "WindowDriver.h"
 
+#include <filesystem>
+#include <fstream>
 #include <vector>
+
+#include "TestSupport.h"
 
 namespace TestSupport {
 
@@ -222,6 +226,39 @@ ScopedEnvironment::ScopedEnvironment(const char* name, const std::string& value)
 
 ScopedEnvironment::~ScopedEnvironment() {
   ::SetEnvironmentVariableA(mName, mHadValue ? mOld.c_str() : nullptr);
+}
+
+bool SaveScreenshot(HWND window, const std::string& name) {
+  const std::string dir = WindowsPath(ArgValue("screenshots"));
+  RECT rect;
+  if (dir.empty() || !window || !::GetWindowRect(window, &rect)) return false;
+  const LONG width = rect.right - rect.left, height = rect.bottom - rect.top;
+  const DWORD imageSize = (width * 3 + 3) / 4 * 4 * height;
+  // Bottom-up 24-bit rows, as BMP files store them.
+  BITMAPINFO info = {{sizeof(BITMAPINFOHEADER), width, height, 1, 24, BI_RGB,
+                      imageSize, 0, 0, 0, 0},
+                     {}};
+  HDC screen = ::GetDC(nullptr);
+  HDC memory = ::CreateCompatibleDC(screen);
+  void* pixels = nullptr;
+  HBITMAP bitmap =
+      ::CreateDIBSection(memory, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
+  HGDIOBJ old = ::SelectObject(memory, bitmap);
+  ::BitBlt(memory, 0, 0, width, height, screen, rect.left, rect.top, SRCCOPY);
+  ::SelectObject(memory, old);
+  const DWORD offset = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
+  const BITMAPFILEHEADER file = {0x4D42, offset + imageSize, 0, 0, offset};
+  std::error_code ec;
+  std::filesystem::create_directories(dir, ec);
+  std::ofstream out(dir + "\\" + name + ".bmp", std::ios::binary);
+  out.write(reinterpret_cast<const char*>(&file), sizeof file);
+  out.write(reinterpret_cast<const char*>(&info.bmiHeader),
+            sizeof info.bmiHeader);
+  if (pixels) out.write(static_cast<const char*>(pixels), imageSize);
+  ::DeleteObject(bitmap);
+  ::DeleteDC(memory);
+  ::ReleaseDC(nullptr, screen);
+  return pixels && out.good();
 }
 
 }  // namespace TestSupport

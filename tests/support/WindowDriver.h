@@ -58,6 +58,10 @@ bool ControlEnabled(HWND dialog, int id);
 bool ControlChecked(HWND dialog, int id);
 void ClickControl(HWND dialog, int id);
 
+// Saves a picture of the window to the screenshot folder given to the test
+// program (--screenshots=DIR) as NAME.bmp; false without such a folder.
+bool SaveScreenshot(HWND window, const std::string& name);
+
 // Sets an environment variable of this process, and so of the programs it
 // starts, for a scope.
 class ScopedEnvironment {
