@@ -13,8 +13,6 @@
 #include "ActionsTestSupport.h"
 #include "Harness.h"
 #include "OfficeTestSupport.h"
-#include "TestSupport.h"
-#include "WindowDriver.h"
 
 using namespace ActionsTest;
 using namespace E2E;
@@ -26,13 +24,8 @@ const REGSAM c64 = KEY_WOW64_64KEY;
 const char cLog[] = "Zendra Install 1.log";
 const char cFontsKey[] =
     "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts";
-const char cOEMKey[] = "SOFTWARE\\Orvane\\OVZN4";
 const char cMimeFilterClass[] = "{5A1C7E36-2B94-4F6D-9E21-7C3B0D84A6F1}";
-const char* const cUserAgentKeys[] = {
-    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\User "
-    "Agent\\Post Platform",
-    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet "
-    "Settings\\5.0\\User Agent\\Post Platform"};
+const char* const cUserAgentKeys[] = {cUserAgentKey, cUserAgentKey9};
 const char* const cWordRoots[] = {"C:\\Office16", "C:\\Office14",
                                   "C:\\Office12"};
 
@@ -90,6 +83,13 @@ void MakeFontsKeyReadOnly() {
   EXPECT_FALSE(::RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, readOnly));
   ::LocalFree(readOnly);
   ::RegCloseKey(key);
+}
+
+int RunSetup(const SourceFolder& source, const std::string& arguments) {
+  return E2E::RunSetup(source.SetupExe(), arguments).exitCode;
+}
+std::string ReadLog(const std::string& name) {
+  return ReadText(TempDir() + name);
 }
 
 }  // namespace
@@ -174,7 +174,7 @@ TEST(Office, EveryVersionFoundGetsTheAddInsAndTheRemovalTakesOnlyThose) {
     ASSERT_TRUE(WriteString(cMachine, key, "Zendra 3.10", ""));
     ASSERT_TRUE(WriteString(cMachine, key, "Other 1.0", "kept"));
   }
-  ASSERT_TRUE(WriteString(cMachine, cOEMKey, "DoVersionChecks", "0"));
+  ASSERT_TRUE(WriteString(cMachine, cSettingsKey, "DoVersionChecks", "0"));
 
   ASSERT_EQ(0, RunSetup(source, "-s -i"));
   const std::string support = cInstallDir + "\\Office Support\\32\\";
@@ -220,7 +220,7 @@ TEST(Office, EveryVersionFoundGetsTheAddInsAndTheRemovalTakesOnlyThose) {
     EXPECT_EQ(std::vector<std::string>{"Other 1.0"}, Names(key));
     EXPECT_EQ("kept", Text(key, "Other 1.0"));
   }
-  EXPECT_EQ(std::vector<std::string>{"DoVersionChecks"}, Names(cOEMKey));
+  EXPECT_EQ(std::vector<std::string>{"DoVersionChecks"}, Names(cSettingsKey));
 }
 
 // Word 2016's Startup folder is read-only and 2013's holds a read-only
@@ -295,8 +295,8 @@ TEST(Faults, EachStepsFaultEndsTheInstallUntilMended) {
                  "Failure: Unable to read LicenseeAboutText2",
                  "Unable to add registry entries");
   // The machine's setting is taken before the user's.
-  ASSERT_TRUE(
-      WriteString(cMachine, cOEMKey, "LicenseeAboutText2", "the machine's"));
+  ASSERT_TRUE(WriteString(cMachine, cSettingsKey, "LicenseeAboutText2",
+                          "the machine's"));
   ASSERT_TRUE(WriteString(HKEY_CURRENT_USER, "SOFTWARE\\Orvane",
                           "LicenseeAboutText2", "the user's"));
   EXPECT_EQ(1, RunSetup(source, "-s -i -nofonts"));
@@ -323,6 +323,6 @@ TEST(Faults, EachStepsFaultEndsTheInstallUntilMended) {
   EXPECT_EQ(0, RunSetup(source, "-s -i -nofonts"));
   EXPECT_TRUE(
       Contains(ReadLog("Zendra Install 6.log"), "Installation successful!"));
-  EXPECT_EQ("the machine's", Text(cOEMKey, "RO_LicenseeAboutText2"));
-  EXPECT_EQ("ACME-7", Text(cOEMKey, "RO_VendorId"));
+  EXPECT_EQ("the machine's", Text(cSettingsKey, "RO_LicenseeAboutText2"));
+  EXPECT_EQ("ACME-7", Text(cSettingsKey, "RO_VendorId"));
 }

@@ -23,32 +23,10 @@ const std::string cVersionKey =
     std::string(cProductClass) + "\\InstalledVersion";
 const char cRunningWord[] = "Microsoft Word is running";
 
-// A configuration file's bytes are scrambled: add 0x3F, swap the nibbles.
-char Scrambled(int c) {
-  return static_cast<char>(((c + 0x3F) & 0xFF) * 0x101 >> 4);
-}
-
-// Ways a configuration file gets damaged.
+// A damaged configuration file; the library's own tests go through the
+// kinds of damage, this one shows that Setup ends the run on one.
 const std::pair<const char*, std::string (*)(std::string)> cDamages[] = {
-    {"empty", [](std::string) { return std::string(); }},
     {"cut short", [](std::string b) { return b.substr(0, b.size() / 2 + 3); }},
-    {"header of version 2.0",
-     [](std::string b) {
-       b[26] = Scrambled('2');
-       return b;
-     }},
-    {"another checksum",
-     [](std::string b) {  // its last digit, before a NUL
-       char& digit = b[b.size() - 2];
-       digit = digit == Scrambled('0') ? Scrambled('1') : Scrambled('0');
-       return b;
-     }},
-    {"other bytes",
-     [](std::string b) {
-       for (std::size_t i = 0; i < b.size(); ++i)
-         b[i] = static_cast<char>(i * 167 + 13);
-       return b;
-     }},
 };
 
 }  // namespace

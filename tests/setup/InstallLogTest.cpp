@@ -1,17 +1,14 @@
-// The install log in process: file names, blocks, step lines, the footer.
+// The install log in process: blocks, step lines, the footer.
 #include <windows.h>
 
 #include <fstream>
 #include <optional>
 #include <sstream>
 #include <string>
-#include <vector>
 
-#include "InstallLog.h"
 #include "ExitCode.h"
-#include "TVarList.h"
+#include "InstallLog.h"
 #include "TestSupport.h"
-#include "WindowDriver.h"
 
 using namespace Zendra;
 
@@ -54,9 +51,6 @@ std::string Body(const std::string& log) {
   return start == std::string::npos ? log : log.substr(start + 4);
 }
 
-std::vector<std::string> gReports;
-void CollectReport(const char* text) { gReports.push_back(text); }
-
 bool StepInBlock(bool fail) {
   CLogBlock block("Inner step");
   if (fail) return LogStep(false, "left early");
@@ -65,23 +59,6 @@ bool StepInBlock(bool fail) {
 }
 
 }  // namespace
-
-TEST_F(InstallLogTest, NumberedNamesTakeTheFirstFreeNumber) {
-  std::ofstream(TempDir() + "Zendra Install 1.log") << "one";
-  std::ofstream(TempDir() + "Zendra Install 3.log") << "three";
-  ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
-  EXPECT_STREQ((TempDir() + "Zendra Install 2.log").c_str(),
-               LogPath().OSToPathString().Chars());
-  CloseLog(false, exitOk);
-  EXPECT_EQ("one", ReadText(TempDir() + "Zendra Install 1.log"));
-
-  std::ofstream(TempDir() + "Zendra Uninstall.log") << "older removal";
-  ASSERT_TRUE(OpenLog("Zendra Uninstall.log", false));
-  CloseLog(false, exitOk);
-  std::string log = ReadText(TempDir() + "Zendra Uninstall.log");
-  EXPECT_EQ(0u, log.find("Zendra log started ("));
-  EXPECT_EQ(std::string::npos, log.find("older removal"));
-}
 
 TEST_F(InstallLogTest, BlocksIndentAndCloseAlsoWhenLeftEarly) {
   ASSERT_TRUE(OpenLog("Zendra Install <Num>.log", true));
@@ -115,25 +92,6 @@ TEST_F(InstallLogTest, BlocksIndentAndCloseAlsoWhenLeftEarly) {
       Body(log));
 }
 
-TEST_F(InstallLogTest, VerboseDumpAndCopyToTheInstallFolder) {
-  Tern::CVarList::Global().Set("LogTestSetting", "value \"quoted\"");
-  const std::string dest = TempDir() + "ZendraLogCopy";
-  ::CreateDirectoryA(dest.c_str(), nullptr);
-  ASSERT_TRUE(OpenLog("Zendra Uninstall.log", false));
-  CPath destDir(dest.c_str());
-  CloseLog(true, exitNewerVersion, &destDir);
-  std::string log = ReadText(TempDir() + "Zendra Uninstall.log");
-  EXPECT_NE(
-      std::string::npos,
-      log.find("Start: Dumping global variables {\r\n    LogTestSetting\t=\t"
-               "\"value \"quoted\"\"\r\n"))
-      << log;
-  EXPECT_NE(std::string::npos, log.find("Exit code = 'exitNewerVersion' (5)."));
-  EXPECT_EQ(log, ReadText(dest + "\\Zendra Uninstall.log"));
-  ::DeleteFileA((dest + "\\Zendra Uninstall.log").c_str());
-  ::RemoveDirectoryA(dest.c_str());
-}
-
 TEST_F(InstallLogTest, ABlockOfAClosedLogLeavesTheNextLogAlone) {
   // Opened over and over the same way, logs soon take turns in the same few
   // places of the heap. The blocks here hold no memory of their own (no
@@ -161,32 +119,4 @@ TEST_F(InstallLogTest, ABlockOfAClosedLogLeavesTheNextLogAlone) {
       "\r\n"
       "Zendra log ends (error count = 0).\r\n",
       Body(log));
-}
-
-// A temporary folder longer than the system allows can't be resolved: the
-// search for a free number ends at once, no log is opened, and the intended
-// path is the first name.
-TEST_F(InstallLogTest, UnusableTemporaryFolderOpensNoLog) {
-  const std::string realTemp = TempDir();
-  const std::string tooLong = "C:\\" + std::string(300, 'T');
-  bool opened = true;
-  TestSupport::ReportingAssertions reporting;
-  gReports.clear();
-  Tern::SetDebugOutputSink(CollectReport);
-  {
-    TestSupport::ScopedEnvironment tmp("TMP", tooLong), temp("TEMP", tooLong);
-    ASSERT_EQ(0u, ::GetTempPathA(MAX_PATH, std::vector<char>(MAX_PATH).data()));
-    opened = OpenLog("Zendra Install <Num>.log", true);
-  }
-  Tern::SetDebugOutputSink(nullptr);
-  EXPECT_FALSE(opened);
-  EXPECT_FALSE(IsLogOpen());
-  EXPECT_STREQ("Zendra Install 1.log", LogPath().OSToPathString().Chars());
-  ASSERT_FALSE(gReports.empty());
-  EXPECT_NE(std::string::npos,
-            gReports.back().find("Assert( can't get the temporary folder for "
-                                 "the log 'Zendra Install 1.log' ("))
-      << gReports.back();
-  EXPECT_EQ(INVALID_FILE_ATTRIBUTES,
-            ::GetFileAttributesA((realTemp + "Zendra Install 1.log").c_str()));
 }

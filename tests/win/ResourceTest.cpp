@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "TApplication.h"
 #include "TImportLibrary_Win.h"
 #include "TScopedResource_Win.h"
 #include "TestSupport.h"
@@ -26,16 +25,6 @@ bool MutexExists() {
 CPath Library(const char* option) {
   return CPath(TestSupport::WindowsPath(TestSupport::ArgValue(option)).c_str());
 }
-
-bool PlainLoaded() { return ::GetModuleHandleA("PlainDll.dll") != nullptr; }
-
-class PhaseApp : public CApplication {
- public:
-  PhaseApp() : CApplication("Resource test") {}
-
- protected:
-  void Run() override {}
-};
 
 }  // namespace
 
@@ -67,29 +56,4 @@ TEST(ImportLibrary, EntryResultsBecomeStatuses) {
   EXPECT_EQ(Ok, lib.Register());
   EXPECT_EQ(Failure, lib.Register());  // a negative result
   EXPECT_EQ(Ok, lib.Unregister());     // S_FALSE
-}
-
-TEST(ImportLibrary, UnloadingFollowsTheApplicationPhase) {
-  {
-    CImportLibrary lib(Library("plain-dll"));
-    EXPECT_TRUE(PlainLoaded());
-  }
-  EXPECT_FALSE(PlainLoaded());  // no application: freed
-  PhaseApp app;
-  EXPECT_ASSERTION(CImportLibrary early(Library("plain-dll")),
-                   "lib->GetPhase() == execNormal");
-  app.SetPhase(execNormal);
-  {
-    CImportLibrary lib(Library("plain-dll"));
-    app.SetPhase(execShuttingDown);
-  }
-  EXPECT_TRUE(PlainLoaded());  // left loaded on purpose
-  app.SetPhase(execNormal);
-  CImportLibrary lib(Library("plain-dll"));
-  for (int n = 0; n < 10 && PlainLoaded(); ++n)
-    ::FreeLibrary(::GetModuleHandleA("PlainDll.dll"));
-  ASSERT_FALSE(PlainLoaded());
-  // Freed behind the object's back: its own free fails, and is reported once.
-  EXPECT_ASSERTION(lib.Unload(), "::FreeLibrary(mLib)");
-  EXPECT_FALSE(lib.IsLoaded());
 }

@@ -1,2 +1,0 @@
-// Carries GermanVersion.rc; it is read, never run.
-int main() { return 0; }
