@@ -93,7 +93,8 @@ const CRemovalStep cRemovalSteps[] = {
 };
 // clang-format on
 
-bool Succeeded(bool ok, const char* failureText) {
+// A step's result, its failure logged with the row's text when it has one.
+bool Reported(bool ok, const char* failureText) {
   return failureText ? LogStep(ok, failureText) : ok;
 }
 
@@ -106,7 +107,7 @@ InstallOutcome RunInstall(CInstallContext& context) {
   }
   InstallOutcome outcome = ioSucceeded;
   for (const CInstallStep& step : cInstallSteps) {
-    const bool ok = Succeeded(step.action(context), step.failureText);
+    const bool ok = Reported(step.action(context), step.failureText);
     if (ok || step.kind == skIgnored) continue;
     if (step.kind == skGate) return ioNotFinished;
     outcome = ioFailed;
@@ -120,7 +121,7 @@ InstallOutcome RunInstall(CInstallContext& context) {
 bool RunRemoval(CInstallContext& context) {
   bool succeeded = true;
   for (const CRemovalStep& step : cRemovalSteps) {
-    const bool ok = Succeeded(step.action(context), step.failureText);
+    const bool ok = Reported(step.action(context), step.failureText);
     succeeded = (ok || !step.counts) && succeeded;
   }
   return succeeded;

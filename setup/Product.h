@@ -28,9 +28,13 @@ inline constexpr char cProductKey[] =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Orvane\\OVZN4";
 inline constexpr char cUserSettingsKey[] =
     "HKEY_CURRENT_USER\\SOFTWARE\\Orvane\\OVZN4";
+// Windows' list of installed programs, and the product's entry in it.
+#define ZENDRA_UNINSTALL_LIST                                          \
+  "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\" \
+  "Uninstall\\"
+inline constexpr char cUninstallListKey[] = ZENDRA_UNINSTALL_LIST;
 inline constexpr char cUninstallKey[] =
-    "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\"
-    "Uninstall\\" ZENDRA_PRODUCT_CLSID;
+    ZENDRA_UNINSTALL_LIST ZENDRA_PRODUCT_CLSID;
 inline constexpr char cBrowserKey[] =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer";
 

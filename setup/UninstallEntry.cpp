@@ -92,12 +92,9 @@ bool AddUninstallEntry(const CPath& installDir, const char* versionText) {
 }
 
 bool RemoveUninstallEntry(CInstallContext&) {
-  // The list of installed programs: the entry's key without its own name.
-  CStr parentPath(cUninstallKey);
-  parentPath.Truncate(parentPath.Length() - sizeof cProductClassId + 1);
   CWinRegKey uninstall;
   const bool opened =
-      LogKeyStep(uninstall.Open(parentPath.Chars(), Tern::rmWrite), uninstall,
+      LogKeyStep(uninstall.Open(cUninstallListKey, Tern::rmWrite), uninstall,
                  "Open Zendra registry key");
   return opened &&
          LogKeyStep(uninstall.DeleteSubKeyTree(cProductClassId), uninstall,
