@@ -92,6 +92,9 @@ inline constexpr CError S_RegIsValue{0x00000502};
 
 // Font-installer codes.
 inline constexpr CError S_NewerFont{0x00000781};
+// The font is known to the system but has no file to replace (a substitute
+// name, say): it is left as it is.
+inline constexpr CError S_FontSkipped{0x00000782};
 inline constexpr CError E_BadFontFile{static_cast<Int32>(0x80000781u)};
 inline constexpr CError E_CantAddFontToOS{static_cast<Int32>(0x80000782u)};
 inline constexpr CError E_CantRemoveFontFromOS{static_cast<Int32>(0x80000783u)};

@@ -211,6 +211,9 @@ class CLocalFileSystem : public CFileSystem {
 
   CError MakeFullPath(const CPath& path, CPath& full) override;
   CError RemoveFile(const CPath& file, bool force = false) override;
+  // Has the system delete a file, or an empty folder, when it next
+  // restarts: for what can't go now because a program holds it.
+  CError RemoveAtRestart(const CPath& path);
   CError GetFileSize(const CPath& file, UInt32& size) override;
   CError GetAttribute(const CPath& path, Int kind, bool& set) override;
   CError SetAttribute(const CPath& path, Int kind, bool set) override;

@@ -51,7 +51,13 @@ class CFontInstaller {
   bool OpenFontsKey(CWinRegKey& fonts, Int mode, const char* reason);
   CError InstallSteps(const CPath& src, const CStr& srcText,
                       UInt32& installedVersion);
-  CError ReplaceInstalled(const CFontFacts& facts, UInt32& installedVersion);
+  CError ReplaceInstalled(const CPath& src, const CFontFacts& facts,
+                          UInt32& installedVersion);
+  // Whether no value of the fonts key names the file.
+  bool IsUnregistered(const CPath& file);
+  bool AdoptUnregisteredFile(const CPath& src, const CFontFacts& facts,
+                             CPath& file);
+  void RemoveStrayFile(const CPath& dest);
   CError EnsureUniqueFontName(CPath& dest);
   CError SystemFontTarget(const CPath& src, const CStr& srcText, CPath& dest);
   // Logs the template with "font" and "error" filled in; returns `status`.

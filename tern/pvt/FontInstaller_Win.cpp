@@ -228,6 +228,7 @@ CError CFontInstaller::SystemFontTarget(const CPath& src, const CStr& srcText,
         "Could not form the path of <font> in the Fonts folder, error "
         "<error>",
         srcText, status);
+  RemoveStrayFile(dest);
   status = EnsureUniqueFontName(dest);
   if (Failed(status))
     return LogFailure(
@@ -261,8 +262,8 @@ CError CFontInstaller::InstallSteps(const CPath& src, const CStr& srcText,
   if (!IsInstalled(facts.name.Chars())) {
     Line("Font NOT already installed");
   } else {
-    status = ReplaceInstalled(facts, installedVersion);
-    if (Failed(status) || status == S_NewerFont) return status;
+    status = ReplaceInstalled(src, facts, installedVersion);
+    if (status != Ok) return status;  // a failure, or the font stays
   }
   CPath dest;
   status = SystemFontTarget(src, srcText, dest);
@@ -285,16 +286,17 @@ CError CFontInstaller::InstallSteps(const CPath& src, const CStr& srcText,
 // The font is installed already: keep a newer copy, else remove the
 // installed one so that this file takes its place. Equal versions are
 // replaced on purpose, so that a damaged installed copy can be repaired.
-CError CFontInstaller::ReplaceInstalled(const CFontFacts& facts,
+CError CFontInstaller::ReplaceInstalled(const CPath& src,
+                                        const CFontFacts& facts,
                                         UInt32& installedVersion) {
   Line("Font already installed");
   CPath installedFile;
-  CError status = GetInstalledFontFile(facts.name.Chars(), installedFile);
-  if (Failed(status)) {
+  if (Failed(GetInstalledFontFile(facts.name.Chars(), installedFile)) &&
+      !AdoptUnregisteredFile(src, facts, installedFile)) {
     Line(
         "Can't get font's file - perhaps font is listed in FontSubstitutes. "
         "Skipping font.");
-    return status;
+    return S_FontSkipped;
   }
   CFontFacts installed;
   ReadFontFacts(installedFile.OSToPathString().Chars(), installed);
@@ -311,6 +313,55 @@ CError CFontInstaller::ReplaceInstalled(const CFontFacts& facts,
   }
   Line("Replacing existing installed font");
   return RemoveTrueTypeFont(installedFile);
+}
+
+bool CFontInstaller::IsUnregistered(const CPath& file) {
+  CWinRegKey fonts;
+  CStr fileName, value;
+  return Succeeded(file.GetComponentString(CPath::ctFile, fileName)) &&
+         fonts.Open(FontsKeyPath().Chars(), rmRead) &&
+         !FindValueForFile(fonts, fileName, value);
+}
+
+// The font's file in the fonts folder under the source's name, with no
+// value naming it: a run killed between the copy and the value leaves it so,
+// and so does a user who drags the font in by hand. Writing the value
+// finishes that install.
+bool CFontInstaller::AdoptUnregisteredFile(const CPath& src,
+                                           const CFontFacts& facts,
+                                           CPath& file) {
+  CStr fileName;
+  CFontFacts found;
+  if (Failed(CLocalFileSystem::Instance().GetDirectory(
+          CLocalFileSystem::dtFontsDir, file)) ||
+      Failed(src.GetComponentString(CPath::ctFile, fileName)) ||
+      Failed(file.AppendComponent(fileName.Chars())) ||
+      Failed(ReadFontFacts(file.OSToPathString().Chars(), found)) ||
+      !(found.name == facts.name) || !IsUnregistered(file))
+    return false;
+  CLogTemplate line(
+      "Font file <file> has no Fonts value: finishing its install");
+  line.Item("file", file);
+  Line(line.Result().Chars());
+  return Succeeded(InstallFont(facts.name.Chars(), file));
+}
+
+// A file under the font's own name that no value names and that is no
+// readable font is what a run killed while copying leaves: it is replaced,
+// so that the font keeps its own name rather than a numbered one beside it.
+void CFontInstaller::RemoveStrayFile(const CPath& dest) {
+  CFontFacts facts;
+  CLocalFileSystem& lfs = CLocalFileSystem::Instance();
+  if (lfs.GetItemType(dest) != S_FSIsFile ||
+      Succeeded(ReadFontFacts(dest.OSToPathString().Chars(), facts)) ||
+      !IsUnregistered(dest))
+    return;
+  CLogTemplate line(
+      "Replacing <file>, which no value names and which is no readable font, "
+      "result = <result>");
+  line.Item("file", dest);
+  line.Item("result", ErrorName(lfs.RemoveFile(dest, true)));
+  Line(line.Result().Chars());
 }
 
 CError CFontInstaller::RemoveTrueTypeFont(const CPath& fontPath) {
@@ -359,6 +410,9 @@ CError CFontInstaller::RemoveTrueTypeFont(const CPath& fontPath) {
     line.Item("fontFullPath", fontFullPath);
     line.Item("result", ErrorName(removed));
     Line(line.Result().Chars());
+    // The file stays, so the font stays installed as it was.
+    ::AddFontResourceA(fullText.Chars());
+    return E_CantRemoveFontFromOS;
   }
   if (!fonts.DeleteValue(regValue.Chars())) {
     CLogTemplate line("Could not delete font's registry entry: <regKey>");

@@ -247,6 +247,14 @@ CError CLocalFileSystem::RemoveFile(const CPath& file, bool force) {
   return ::DeleteFileA(os.Chars()) ? Ok : LastError();
 }
 
+CError CLocalFileSystem::RemoveAtRestart(const CPath& path) {
+  if (!path.IsValid()) return E_BadArgument;
+  return ::MoveFileExA(path.OSToPathString().Chars(), nullptr,
+                       MOVEFILE_DELAY_UNTIL_REBOOT)
+             ? Ok
+             : LastError();
+}
+
 CError CLocalFileSystem::GetFileSize(const CPath& file, UInt32& size) {
   if (!file.IsValid()) return E_BadArgument;
   CFileHandle handle;
@@ -367,10 +375,26 @@ CError CLocalFileSystem::CopyOneFile(const CPath& src, const CPath& destPath,
     TERN_FAIL("destPath.IsValid()");
     return E_BadArgument;
   }
+  // Copied under a temporary name beside the destination and renamed into
+  // place, so that a run killed halfway never leaves a half-written file
+  // under the real name. Where the temporary name would not fit the path
+  // limit, the file is copied straight.
   const CStr dest = destPath.OSToPathString();
-  if (!::CopyFileA(src.OSToPathString().Chars(), dest.Chars(), !overwrite))
-    return LastError();
-  return ClearReadOnly(dest.Chars()) ? Ok : LastError();
+  CPath tempPath;
+  if (Failed(GetTempNameBeside(destPath, "~", tempPath))) {
+    if (!::CopyFileA(src.OSToPathString().Chars(), dest.Chars(), !overwrite))
+      return LastError();
+    return ClearReadOnly(dest.Chars()) ? Ok : LastError();
+  }
+  const CStr temp = tempPath.OSToPathString();
+  const DWORD replace = overwrite ? MOVEFILE_REPLACE_EXISTING : 0;
+  if (::CopyFileA(src.OSToPathString().Chars(), temp.Chars(), TRUE) &&
+      ClearReadOnly(temp.Chars()) &&
+      ::MoveFileExA(temp.Chars(), dest.Chars(), replace))
+    return Ok;
+  const CError failed = LastError();
+  ::DeleteFileA(temp.Chars());
+  return failed;
 }
 
 CError CLocalFileSystem::MoveOneFile(const CPath& src, const CPath& dest) {

@@ -94,8 +94,9 @@ std::string ReadLog(const std::string& name) {
 
 }  // namespace
 
-// The machine has a newer copy of one of the product's fonts, a file named
-// as another that is no font, and the browser's document types.
+// The machine has a newer copy of one of the product's fonts, an empty file
+// under another's name (a copy killed halfway), and the browser's document
+// types.
 TEST(Entries, TheInstallWritesItsOwnAndKeepsWhatOtherProgramsWrote) {
   SourceFolder source;
   source.Standard();
@@ -103,7 +104,7 @@ TEST(Entries, TheInstallWritesItsOwnAndKeepsWhatOtherProgramsWrote) {
   ASSERT_TRUE(CopyInto(newer, SystemFontFile("latticeb.ttf")));
   ASSERT_TRUE(WriteString(cMachine, cFontsKey, "Zendra Lattice Bold (TrueType)",
                           "latticeb.ttf"));
-  WriteText(SystemFontFile("lamat1.ttf"), "no font");
+  WriteText(SystemFontFile("lamat1.ttf"), "");
   const std::string accepted =
       "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet "
       "Settings\\Accepted Documents";
@@ -116,11 +117,11 @@ TEST(Entries, TheInstallWritesItsOwnAndKeepsWhatOtherProgramsWrote) {
   EXPECT_EQ(5, Count(log, "Success (Ok, 0x00000200): Register DLL\r\n"));
   EXPECT_EQ(ReadText(newer), ReadText(SystemFontFile("latticeb.ttf")));
   EXPECT_TRUE(Contains(log, "Not installing font as existing font is newer"));
-  EXPECT_EQ("lamat1_01.ttf", FontsKeyValue("Zendra Lattice Matrix One "
-                                           "(TrueType)"));
+  EXPECT_EQ("lamat1.ttf", FontsKeyValue("Zendra Lattice Matrix One "
+                                        "(TrueType)"));
   EXPECT_EQ(ReadText(source.Dir() + "\\lamat1.ttf"),
-            ReadText(SystemFontFile("lamat1_01.ttf")));
-  EXPECT_EQ("no font", ReadText(SystemFontFile("lamat1.ttf")));
+            ReadText(SystemFontFile("lamat1.ttf")));
+  EXPECT_FALSE(FileExists(SystemFontFile("lamat1_01.ttf")));
   EXPECT_EQ((std::vector<std::string>{"a", "c"}), Names(accepted));
 
   const std::string product = std::string(cProductClass).substr(6);
