@@ -6,12 +6,10 @@
 #include "Product.h"
 #include "TImportLibrary_Win.h"
 #include "TRegistry_Win.h"
-#include "TScopedResource_Win.h"
 
 namespace Zendra {
 
 using Tern::CError;
-using Tern::CLocalFileSystem;
 using Tern::CPath;
 using Tern::CStr;
 
@@ -38,10 +36,20 @@ bool RegisterComponents(CInstallContext& context) {
 
 bool UnregisterComponents(CInstallContext& context) {
   bool all = true;
-  for (const CComponent& component : cComponents)
+  for (const CComponent& component : cComponents) {
+    // A file that is gone (an earlier removal was cut short) has nothing
+    // left to unregister.
+    CPath file = context.installDir;
+    if (Tern::Succeeded(file.AppendComponent(component.file)) &&
+        Tern::CLocalFileSystem::Instance().GetItemType(file) ==
+            Tern::E_NotFound) {
+      LogText("%s: already gone.\n", component.unregisterStep);
+      continue;
+    }
     all = LogStep(RegisterComponent(false, context.installDir, component.file),
                   component.unregisterStep) &&
           all;
+  }
   return all;
 }
 
@@ -67,42 +75,6 @@ bool RegisterComponent(bool doRegister, const CPath& dir,
       LogStatus(status, doRegister ? "Register DLL" : "Unregister DLL", false);
   library.Unload();
   return called;
-}
-
-bool FileIsInUse(const CPath& path) {
-  CLogBlock block("Check if file is in-use");
-  CStr os = path.OSToPathString();
-  LogText("Checking if '%s' is in use.\n", os.Chars());
-  bool inUse = false;
-  CError type = CLocalFileSystem::Instance().GetItemType(path);
-  if (type == Tern::S_FSIsFile || type == Tern::S_FSIsDirectory) {
-    Tern::CScopedFileHandle file(::CreateFileA(os.Chars(), GENERIC_WRITE, 0,
-                                               nullptr, OPEN_EXISTING,
-                                               FILE_ATTRIBUTE_NORMAL, nullptr));
-    inUse = !file.IsValid();
-  } else if (type == Tern::E_NotFound) {
-    LogText("File doesn't exist.\n");
-  } else {
-    LogStatus(type, "File exists");
-  }
-  LogText("FileIsInUse() returns %d.\n", inUse ? 1 : 0);
-  return inUse;
-}
-
-bool ComponentsInUse(const CPath& installDir) {
-  CLogBlock block("Check if Zendra files are in-use");
-  bool any = false;
-  CStr summary;
-  for (const CComponent& component : cComponents) {
-    CPath file = installDir;
-    const bool inUse = Tern::Succeeded(file.AppendComponent(component.file)) &&
-                       FileIsInUse(file);
-    any = any || inUse;
-    summary.AppendFormat("%s%s in use = %d", summary.IsEmpty() ? "" : ", ",
-                         component.file, inUse ? 1 : 0);
-  }
-  LogText("%s\n", summary.Chars());
-  return any;
 }
 
 }  // namespace Zendra

@@ -1,5 +1,4 @@
-// The product's COM components: registering and unregistering them, and
-// whether their files are in use.
+// The product's COM components: registering and unregistering them.
 #pragma once
 
 #include "InstallContext.h"
@@ -20,10 +19,5 @@ bool UnregisterComponents(CInstallContext& context);
 // counted; true when the load and the entry point both succeeded.
 bool RegisterComponent(bool doRegister, const Tern::CPath& dir,
                        const char* fileName);
-
-// True when the file exists and cannot be opened for exclusive writing.
-bool FileIsInUse(const Tern::CPath& path);
-// True when any component file in `installDir` is in use.
-bool ComponentsInUse(const Tern::CPath& installDir);
 
 }  // namespace Zendra

@@ -90,4 +90,16 @@ bool InstallFonts(CInstallContext& context) {
   return ok;
 }
 
+void NoteFontPaths(const CInstallContext& context, CLongestPath& longest) {
+  if (!context.installFonts) return;
+  CPath systemFonts;
+  const bool known = Tern::Succeeded(CLocalFileSystem::Instance().GetDirectory(
+      CLocalFileSystem::dtFontsDir, systemFonts));
+  for (const char* name : cFontFiles) {
+    longest.Note(context.setupDir, name);
+    longest.Note(context.fontsDir, name);
+    if (known) longest.Note(systemFonts, name);
+  }
+}
+
 }  // namespace Zendra

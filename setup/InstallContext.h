@@ -31,6 +31,8 @@ struct CInstallContext {
   bool installFonts = true;
   bool disableVersionChecks = false;
   CMessageSink* messages = nullptr;
+  // Set by a removal that left files in use for the next restart.
+  bool restartFinishesRemoval = false;
 
   void Message(const char* text, MessageKind kind) const {
     if (messages) messages->MessageDialog(text, kind);

@@ -2,10 +2,8 @@
 
 #include <windows.h>
 
-#include <cctype>
-#include <cstring>
-
-#include "Components.h"
+#include "FilesInUse.h"
+#include "InstallFolders.h"
 #include "InstallLog.h"
 #include "Product.h"
 #include "TRegistry_Win.h"
@@ -124,18 +122,6 @@ bool SameFolder(const CPath& a, const CPath& b) {
          0;
 }
 
-// "Zendra" or a numbered "Zendra001" ... as the install names its folders.
-bool IsInstallFolderName(const CStr& name) {
-  const size_t length = sizeof cInstallFolder - 1;
-  if (::_strnicmp(name.Chars(), cInstallFolder, length) != 0) return false;
-  const char* number = name.Chars() + length;
-  auto digit = [](char c) {
-    return std::isdigit(static_cast<unsigned char>(c));
-  };
-  return *number == '\0' || (std::strlen(number) == 3 && digit(number[0]) &&
-                             digit(number[1]) && digit(number[2]));
-}
-
 }  // namespace
 
 bool CInstallLocation::RunsFromInstalledFolder() const {
@@ -170,7 +156,7 @@ void CInstallLocation::SetInstallDir(const CPath& dir) {
 }
 
 bool CInstallLocation::FindNewInstallDir() {
-  if (!ComponentsInUse(mInstallDir)) return true;
+  if (!InstallFolderInUse(mInstallDir)) return true;
   CLogBlock block("Find a new install directory");
   CPath parent;
   if (!LogStatus(mInstallDir.GetComponent(CPath::ctDir, parent),

@@ -173,6 +173,13 @@ bool LogKeyStep(bool ok, const Tern::CWinRegKey& key, const char* message) {
   return ok;
 }
 
+bool LogRemovalStep(bool ok, const Tern::CWinRegKey& key, const char* message) {
+  const unsigned long cNotFound = 2;  // ERROR_FILE_NOT_FOUND
+  if (ok || key.FailureCode() != cNotFound) return LogKeyStep(ok, key, message);
+  LogText("%s: already gone.\n", message);
+  return true;
+}
+
 bool LogStatus(CError status, const char* message) {
   if (Tern::Succeeded(status)) return true;
   CountError();

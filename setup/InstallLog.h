@@ -75,6 +75,9 @@ bool LogStep(bool ok, const char* message, bool quietOnSuccess);
 // The same for a registry call: a failure line is followed by the key's own
 // account of it, its path and the system's reason.
 bool LogKeyStep(bool ok, const Tern::CWinRegKey& key, const char* message);
+// The same for a removal step: a key or value that is not there (any more)
+// counts as removed, logged as "<message>: already gone".
+bool LogRemovalStep(bool ok, const Tern::CWinRegKey& key, const char* message);
 // "Failure (<name>, 0x<code>): <message>" for a failed status.
 bool LogStatus(CError status, const char* message);
 bool LogStatus(CError status, const char* message, bool quietOnSuccess);

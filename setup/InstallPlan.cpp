@@ -5,6 +5,8 @@
 #include "Certificate.h"
 #include "Components.h"
 #include "Fonts.h"
+#include "InstallCheck.h"
+#include "InstallFolders.h"
 #include "InstallLog.h"
 #include "OEMEntries.h"
 #include "PowerPointAddIn.h"
@@ -66,6 +68,7 @@ const CInstallStep cInstallSteps[] = {
   {"Unable to add uninstaller entries.",  AddUninstallEntry,           skRequired},
   {"Unable to add IE user agent entry.",  AddIEUserAgentToken,         skRequired},
   {"Unable to add IE9 user agent entry.", AddIE9UserAgentToken,        skRequired},
+  {nullptr,                               DeleteOtherInstallFolders,   skIgnored},
 };
 // clang-format on
 
@@ -89,6 +92,7 @@ const CRemovalStep cRemovalSteps[] = {
   {"Removing XMLNamespace registry value.",  RemoveXmlNamespace,      true},
   {nullptr,                                  RemoveOEMEntries,        false},
   {nullptr,                                  DeleteInstalledFiles,    false},
+  {nullptr,                                  DeleteOtherInstallFolders, false},
   {"Removing Setup",                         RemoveSetupProgram,      true},
 };
 // clang-format on
@@ -101,7 +105,8 @@ bool Reported(bool ok, const char* failureText) {
 }  // namespace
 
 InstallOutcome RunInstall(CInstallContext& context) {
-  if (MimeFilterClashes()) {
+  // Nothing is changed before these say that the install can go ahead.
+  if (MimeFilterClashes() || !InstallCanFinish(context)) {
     LogText("Installation failed!\n");
     return ioNotFinished;
   }

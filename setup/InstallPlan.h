@@ -9,7 +9,8 @@ enum InstallOutcome {
   ioSucceeded,
   ioFailed,
   // Ended before it changed anything (another MIME filter claims the
-  // product's types) or before it could finish (Word kept running).
+  // product's types, a file is in use, a path too long) or before it could
+  // finish (Word kept running).
   ioNotFinished,
 };
 

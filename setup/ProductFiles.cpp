@@ -25,6 +25,12 @@ struct CSubfolder {
   const char* path;  // "/" between folders
   const char* label;
 };
+const CSubfolder cSpeechRules = {"Installing Speech Rule Files", "Rules",
+                                 "Speech Rules"};
+const CSubfolder cOfficeSupport = {"Installing Microsoft Office Support Files",
+                                   "Office Support", "Office Support"};
+const CSubfolder cLibLouisTables = {"Installing LibLouis Files",
+                                    "LibLouis/Tables", "LibLouis Tables"};
 
 CLocalFileSystem& LFS() { return CLocalFileSystem::Instance(); }
 
@@ -57,21 +63,51 @@ bool InstallSubfolder(const CInstallContext& context,
          CFolderCopy(dest, subfolder.label).Walk(src);
 }
 
-// Deletes every entry of a folder it can. The running Setup.exe can't go
-// yet (the batch file deletes it later): that failure must not keep the
-// entries after it.
+// Has what is left of `entry` deleted at the next restart, a folder after
+// everything in it; each item logged by name. The number scheduled.
+Tern::Int RemoveAtRestart(const CPath& entry) {
+  struct CLeftovers : Tern::CFileSystem::CVisitor {
+    CError Visit(Tern::CFileSystem&, const CPath& item) override {
+      scheduled += RemoveAtRestart(item);
+      return Tern::Ok;
+    }
+    Tern::Int scheduled = 0;
+  } leftovers;
+  if (LFS().GetItemType(entry) == Tern::S_FSIsDirectory)
+    LFS().EnumerateDirectory(entry, "*", leftovers);
+  const CStr path = entry.OSToPathString();
+  CStr step("Delete at the next restart: ");
+  step += path;
+  if (!LogStatus(LFS().RemoveAtRestart(entry), step.Chars()))
+    return leftovers.scheduled;
+  LogText(
+      "'%s' is deleted when Windows restarts, which finishes the removal.\n",
+      path.Chars());
+  return leftovers.scheduled + 1;
+}
+
+// Deletes every entry of a folder it can; what another program holds goes
+// at the next restart. The running Setup.exe can't go yet either: the batch
+// file deletes it once Setup has ended.
 class CDeleteEverythingVisitor : public Tern::CFileSystem::CVisitor {
  public:
+  CDeleteEverythingVisitor() { LFS().GetProgramFile(mRunning); }
   CError Visit(Tern::CFileSystem& fs, const CPath& entry) override {
     const CError deleted = fs.GetItemType(entry) == Tern::S_FSIsDirectory
                                ? fs.DeleteDirectory(entry, true)
                                : fs.RemoveFile(entry, true);
     // Told, not counted: Setup.exe itself is always among them.
-    if (Tern::Failed(deleted))
+    if (Tern::Failed(deleted)) {
       LogText("Could not delete '%s' (%s).\n", entry.OSToPathString().Chars(),
               Tern::ErrorName(deleted));
+      if (!(entry == mRunning)) scheduled += RemoveAtRestart(entry);
+    }
     return Tern::Ok;
   }
+  Tern::Int scheduled = 0;
+
+ private:
+  CPath mRunning;
 };
 
 }  // namespace
@@ -127,18 +163,15 @@ bool InstallComponentFiles(CInstallContext& context) {
 }
 
 bool InstallSpeechRules(CInstallContext& context) {
-  return InstallSubfolder(
-      context, {"Installing Speech Rule Files", "Rules", "Speech Rules"});
+  return InstallSubfolder(context, cSpeechRules);
 }
 
 bool InstallOfficeSupportFiles(CInstallContext& context) {
-  return InstallSubfolder(context, {"Installing Microsoft Office Support Files",
-                                    "Office Support", "Office Support"});
+  return InstallSubfolder(context, cOfficeSupport);
 }
 
 bool InstallLibLouisTables(CInstallContext& context) {
-  return InstallSubfolder(context, {"Installing LibLouis Files",
-                                    "LibLouis/Tables", "LibLouis Tables"});
+  return InstallSubfolder(context, cLibLouisTables);
 }
 
 bool InstallExtraFiles(CInstallContext& context) {
@@ -149,9 +182,37 @@ bool InstallExtraFiles(CInstallContext& context) {
   return allCopied;
 }
 
-void DeleteAllThatCanGo(const CPath& dir) {
+void NoteInstallPaths(const CInstallContext& context, CLongestPath& longest) {
+  for (const CComponent& component : cComponents) {
+    longest.Note(context.setupDir, component.file);
+    longest.Note(context.installDir, component.file);
+  }
+  for (const char* name : cExtraFiles) {
+    longest.Note(context.setupDir, name);
+    longest.Note(context.installDir, name);
+  }
+  for (const CSubfolder* subfolder :
+       {&cSpeechRules, &cOfficeSupport, &cLibLouisTables}) {
+    CStr relative;
+    for (const char* c = subfolder->path; *c; ++c)
+      relative += *c == '/' ? '\\' : *c;
+    CStr src = context.setupDir.OSToPathString(),
+         dest = context.installDir.OSToPathString();
+    src += '\\';
+    dest += '\\';
+    src += relative;
+    dest += relative;
+    longest.NoteTree(src, dest);
+  }
+}
+
+bool DeleteAllThatCanGo(const CPath& dir) {
   CDeleteEverythingVisitor everything;
   LFS().EnumerateDirectory(dir, "*", everything);
+  if (everything.scheduled == 0) return false;
+  // The batch file can't remove the folder while those files are in it.
+  RemoveAtRestart(dir);
+  return true;
 }
 
 bool DeleteInstalledFiles(CInstallContext& context) {
@@ -173,7 +234,8 @@ bool DeleteInstalledFiles(CInstallContext& context) {
   }
   LogText("Deleting contents of directory: %s.\n",
           installDir.OSToPathString().Chars());
-  DeleteAllThatCanGo(installDir);  // failures not checked
+  // Failures are not checked: what can't go now goes at the next restart.
+  context.restartFinishesRemoval = DeleteAllThatCanGo(installDir);
   if (moved)
     LogStatus(LFS().RemoveFile(movedConfig, true), "Delete Zendra.ovc");
   return true;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "InstallContext.h"
+#include "PathLimit.h"
 
 namespace Zendra {
 
@@ -25,11 +26,16 @@ bool InstallLibLouisTables(CInstallContext& context);
 // reports its own failure.
 bool InstallExtraFiles(CInstallContext& context);
 
+// Every path the steps above read and write.
+void NoteInstallPaths(const CInstallContext& context, CLongestPath& longest);
+
 // Empties the install folder, keeping the configuration out of the way
 // meanwhile. Nothing here counts towards the removal's result.
 bool DeleteInstalledFiles(CInstallContext& context);
 // Deletes everything in `dir` that can be deleted, going on past what
-// can't (the running Setup.exe, which the batch file deletes later).
-void DeleteAllThatCanGo(const Tern::CPath& dir);
+// can't: the running Setup.exe, which the batch file deletes later, and
+// what other programs hold, which goes (with `dir`) at the next restart.
+// True when anything was left for the restart.
+bool DeleteAllThatCanGo(const Tern::CPath& dir);
 
 }  // namespace Zendra

@@ -53,6 +53,12 @@ const char cRemovalFailed[] =
 const char cHandlerRemovalFailed[] =
     "Protocol handler removal failed!\n\nSee \"%s\" for details";
 const char cRemoved[] = "Zendra removed successfully.";
+const char cRemovedOnRestart[] =
+    "Zendra removed successfully.\n\nSome of its files are in use: they are "
+    "deleted when Windows restarts, which finishes the removal.";
+const char cRemovalFailedOnRestart[] =
+    "Zendra removal failed!\n\nSee \"%s\" for details\n\nSome of its files "
+    "are in use: they are deleted when Windows restarts.";
 const char cHandlerRemoved[] = "Protocol handler removed successfully.";
 
 const UInt32 cErrorAlreadyExists = 183;
@@ -243,10 +249,15 @@ void CZendraSetupApp::RemovalSequence() {
     mLocation.SetInstallDir(mLocation.SetupDir());
     NoteMissingConfiguration();
     CInstallContext context = MakeContext();
-    if (RunRemoval(context)) {
-      MessageDialog(cRemoved, mkPlain);
+    const bool removed = RunRemoval(context);
+    const bool onRestart = context.restartFinishesRemoval;
+    if (removed) {
+      MessageDialog(onRestart ? cRemovedOnRestart : cRemoved, mkPlain);
       return;
     }
+    SetExitCode(exitFailure);
+    FailureMessage(onRestart ? cRemovalFailedOnRestart : cRemovalFailed);
+    return;
   }
   SetExitCode(exitFailure);
   FailureMessage(cRemovalFailed);

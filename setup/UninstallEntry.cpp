@@ -94,11 +94,12 @@ bool AddUninstallEntry(const CPath& installDir, const char* versionText) {
 bool RemoveUninstallEntry(CInstallContext&) {
   CWinRegKey uninstall;
   const bool opened =
-      LogKeyStep(uninstall.Open(cUninstallListKey, Tern::rmWrite), uninstall,
-                 "Open Zendra registry key");
+      LogRemovalStep(uninstall.Open(cUninstallListKey, Tern::rmWrite),
+                     uninstall, "Open Zendra registry key");
   return opened &&
-         LogKeyStep(uninstall.DeleteSubKeyTree(cProductClassId), uninstall,
-                    "Delete Zendra registry key and subkeys");
+         (!uninstall.IsValid() ||
+          LogRemovalStep(uninstall.DeleteSubKeyTree(cProductClassId), uninstall,
+                         "Delete Zendra registry key and subkeys"));
 }
 
 }  // namespace Zendra

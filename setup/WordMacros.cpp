@@ -355,4 +355,12 @@ bool RemoveMSWordMacros(CInstallContext&) {
   return ok;
 }
 
+void NoteWordMacroPaths(CLongestPath& longest) {
+  for (Int r = 0; r < cWordRowCount; ++r) {
+    CStr folder;
+    if (FindStartupFolder(InstallWord[r], folder))
+      longest.Note(CPath(folder.Chars()), InstallWord[r].macroFile);
+  }
+}
+
 }  // namespace Zendra

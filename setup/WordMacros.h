@@ -3,6 +3,7 @@
 #pragma once
 
 #include "InstallContext.h"
+#include "PathLimit.h"
 
 namespace Zendra {
 
@@ -19,5 +20,7 @@ bool InstallMSWordMacros(CInstallContext& context);
 // Deletes the template from every Word version's Startup folder; false when
 // one that is there could not be deleted.
 bool RemoveMSWordMacros(CInstallContext& context);
+// The template's path in each Word's Startup folder.
+void NoteWordMacroPaths(CLongestPath& longest);
 
 }  // namespace Zendra

@@ -44,10 +44,11 @@ bool AddXmlNamespace(CInstallContext&) {
 
 bool RemoveXmlNamespace(CInstallContext&) {
   Tern::CWinRegKey key;
-  return LogKeyStep(key.Open(cXmlNamespaceKey, Tern::rmWrite), key,
-                    "Open IE 'XMLNamespace' registry key") &&
-         LogKeyStep(key.DeleteValue(cMathMLNamespace), key,
-                    "Delete XMLNamespace registry value.");
+  return LogRemovalStep(key.Open(cXmlNamespaceKey, Tern::rmWrite), key,
+                        "Open IE 'XMLNamespace' registry key") &&
+         (!key.IsValid() ||
+          LogRemovalStep(key.DeleteValue(cMathMLNamespace), key,
+                         "Delete XMLNamespace registry value."));
 }
 
 }  // namespace Zendra

@@ -145,6 +145,11 @@ bool WaitUntilGone(const std::string& path) {
   return false;
 }
 
+void Restart() {
+  TestSupport::ChildProcess boot("C:\\windows\\system32\\wineboot.exe", "-r");
+  EXPECT_EQ(0, boot.WaitForExit(120000));
+}
+
 std::string TempDir() {
   char buf[MAX_PATH] = "";
   ::GetTempPathA(sizeof buf, buf);

@@ -98,6 +98,10 @@ void Answer(SetupRun& run, const std::string& text, int id = IDOK,
 // Setup.exe and its folder once Setup has ended.
 bool WaitUntilGone(const std::string& path);
 
+// Windows restarting, as far as the product is concerned: what waits for
+// the restart to be deleted is deleted (wineboot -r).
+void Restart();
+
 // The temporary folder (a trailing backslash), its "Zendra *.log" files.
 std::string TempDir();
 std::vector<std::string> LogFiles();

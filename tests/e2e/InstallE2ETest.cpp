@@ -39,8 +39,7 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
     WriteText(cInstallDir + "\\" + leftover, "left over");
   ::SetFileAttributesA((cInstallDir + "\\read-only.txt").c_str(),
                        FILE_ATTRIBUTE_READONLY);
-  HANDLE heldFile =
-      Hold(cInstallDir + "\\held.txt", FILE_SHARE_READ | FILE_SHARE_WRITE);
+  HANDLE heldFile = Hold(cInstallDir + "\\held.txt", FILE_SHARE_READ);
   // Installed fonts: a current Lattice, held open, and an older QX Extra.
   ASSERT_TRUE(ActionsTest::CopyInto(ActionsTest::SampleFile("lattice.ttf"),
                                     SystemFontFile("lattice.ttf")));
@@ -54,6 +53,14 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   ASSERT_TRUE(SetReg(HKEY_LOCAL_MACHINE, cFontsKey,
                      "Zendra QX Extra (TrueType)", "qxextra.ttf"));
   HANDLE heldFont = Hold(SystemFontFile("lattice.ttf"), 0);
+  // A font of a killed run, a copy without its value; a family known only by
+  // a substitute name.
+  ASSERT_TRUE(ActionsTest::CopyInto(ActionsTest::SampleFile("latticei.ttf"),
+                                    SystemFontFile("latticei.ttf")));
+  ASSERT_TRUE(SetReg(HKEY_LOCAL_MACHINE,
+                     "Software\\Microsoft\\Windows NT\\CurrentVersion\\"
+                     "FontSubstitutes",
+                     "Zendra Lattice Sym", "Zendra Lattice"));
   ASSERT_NE(INVALID_HANDLE_VALUE, heldFile);
   ASSERT_NE(INVALID_HANDLE_VALUE, heldFont);
 
@@ -67,18 +74,37 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
       {"Failed to replace lattice.ttf, not necessary so continue "
        "installation.\r\n",
        "Old version of QX Extra detected, warn user to manually install.\r\n",
+       "Font file " + SystemFontFile("latticei.ttf") + " has no Fonts value",
+       "Can't get font's file - perhaps font is listed in FontSubstitutes. "
+       "Skipping font.",
        "Failure: Installation of Zendra fonts\r\n", "Installation failed!"},
       {"Deleting contents of directory"}));
-  // Done as asked: a current font that can't be replaced is no failure, the
-  // held leftover is.
+  EXPECT_FALSE(FileExists(SystemFontFile("latticei_01.ttf")));
+  EXPECT_EQ("latticei.ttf",
+            ActionsTest::FontsKeyValue("Zendra Lattice Italic (TrueType)"));
+  // Done as asked: a current font that can't be replaced is no failure. The
+  // held leftover keeps the install out of its folder: it goes to the next
+  // numbered one, which the next install in the usual folder deletes.
   ASSERT_TRUE(ActionsTest::CopyInto(cFontsDir + "\\qxextra.ttf",
                                     SystemFontFile("qxextra.ttf")));
-  EXPECT_TRUE(Ended(RunSetup(setup, "-s -i"), 1,
+  EXPECT_TRUE(Ended(RunSetup(setup, "-s -i"), 0,
                     {"Cannot install font: 'lattice.ttf'",
-                     "Deleting contents of directory: " + cInstallDir,
-                     "): Can't delete directory contents\r\n"},
+                     "'" + cInstallDir + "\\held.txt' is in use by another",
+                     "Installation directory = '" + cInstallDir + "001'."},
                     {"Failure: Installation of Zendra fonts"}));
   ::CloseHandle(heldFile);
+  // From a source folder so deep that its deepest file doesn't fit: nothing
+  // changes, and the log names the path.
+  const std::string deep = "C:\\" + std::string(220, 'd');
+  ASSERT_TRUE(::CreateDirectoryA(deep.c_str(), nullptr));
+  ASSERT_TRUE(::MoveFileA(source.Dir().c_str(), (deep + "\\S").c_str()));
+  EXPECT_TRUE(Ended(RunSetup(deep + "\\S\\Setup.exe", "-s -i"), 1,
+                    {"Zendra can't be installed from here: the path '" + deep +
+                         "\\S\\Office Support\\",
+                     "Installation failed!"},
+                    {"Deleting", "unknown Windows error"}));
+  ASSERT_TRUE(::MoveFileA((deep + "\\S").c_str(), source.Dir().c_str()));
+  EXPECT_TRUE(FileExists(cInstallDir + "\\held.txt"));
 
   // Parts of the source missing: each fails its own step, after the others.
   const std::pair<const char*, std::vector<std::string>> cMissing[] = {
@@ -115,8 +141,22 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   for (const char* leftover :
        {"Old Stuff\\notes.txt", "read-only.txt", "held.txt"})
     EXPECT_FALSE(FileExists(cInstallDir + "\\" + leftover)) << leftover;
+  EXPECT_FALSE(fs::exists(cInstallDir + "001"));
   EXPECT_EQ(ReadText(source.Dir() + "\\Zendra.dll"),
             ReadText(cInstallDir + "\\Zendra.dll"));
+
+  // A repair while the product's library is loaded goes to a numbered
+  // folder; the removal, once nothing holds it, takes both.
+  HMODULE loaded = ::LoadLibraryA((cInstallDir + "\\Zendra.dll").c_str());
+  ASSERT_NE(nullptr, loaded);
+  EXPECT_TRUE(Ended(RunSetup(setup, "-s -i"), 0,
+                    {"Installation directory = '" + cInstallDir + "001'."}));
+  ::FreeLibrary(loaded);
+  EXPECT_TRUE(
+      Ended(RunSetup(cInstallDir + "001\\Setup.exe", "-s -u"), 0,
+            {"Deleting the earlier install folder '" + cInstallDir + "'."}));
+  EXPECT_TRUE(WaitUntilGone(cInstallDir + "001"));
+  EXPECT_FALSE(fs::exists(cInstallDir));
 
   // Two installs at once (3000 more files keep the first busy): the second
   // says Setup is running and ends before it opens a log.

@@ -158,8 +158,11 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
   EXPECT_FALSE(FileExists(SystemFontFile("lattice_01.ttf")));
   EXPECT_EQ(1, ProductTokens(cUserAgentKey9));
 
-  // The removal as Add/Remove Programs starts it. An earlier removal's
-  // configuration, read-only, makes way for this one's.
+  // The removal as Add/Remove Programs starts it, while a browser has a
+  // component loaded: that file goes at the next restart. An earlier
+  // removal's configuration, read-only, makes way for this one's.
+  HMODULE browser = ::LoadLibraryA((cInstallDir + "\\ZendraBHO.dll").c_str());
+  ASSERT_NE(nullptr, browser);
   const std::string olderCopy = TempDir() + "Zendra.ovc";
   ActionsTest::WriteText(olderCopy, "an older removal's copy");
   ::SetFileAttributesA(olderCopy.c_str(), FILE_ATTRIBUTE_READONLY);
@@ -167,11 +170,17 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
                    std::string("--remove ") + cProductKey);
   HWND box = WaitForAnyWindow("Zendra Setup", 60000);  // Setup's, not its
   ASSERT_NE(nullptr, box);
-  EXPECT_EQ("Zendra removed successfully.", MessageBoxText(box));
+  EXPECT_EQ(
+      "Zendra removed successfully.\n\nSome of its files are in use: they are "
+      "deleted when Windows restarts, which finishes the removal.",
+      MessageBoxText(box));
   SaveScreenshot(box, "removed");
   ClickControl(box, IDOK);
   run = removal.Finish();
-  EXPECT_TRUE(WaitUntilGone(cInstallDir)) << "the install folder stays";
+  EXPECT_TRUE(WaitUntilGone(cInstallDir + "\\Setup.exe"));
+  ::FreeLibrary(browser);
+  Restart();
+  EXPECT_FALSE(fs::exists(cInstallDir)) << "the install folder stays";
   EXPECT_TRUE(WaitUntilGone(TempDir() + "OVDELSU.BAT"));
   EXPECT_EQ("Zendra Uninstall.log", run.logName);
   EXPECT_TRUE(Ended(

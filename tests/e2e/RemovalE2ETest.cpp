@@ -120,8 +120,12 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
   // A component held open, two missing, one damaged, a read-only file, the
   // user's files, no configuration; a stale batch file, an earlier
   // removal's configuration (kept: no newer one), a stuck add-in key. Each
-  // failure counts, the rest goes all the same.
+  // failure counts, what is gone already doesn't, the rest goes all the
+  // same; what is held goes at the next restart.
   const std::string bho = cInstallDir + "\\ZendraBHO.dll";
+  const std::string stuck = ActionsTest::OfficeKey("16.0", "PowerPoint") +
+                            "\\AddIns\\Zendra 4 Commands for PowerPoint "
+                            "(32-bit)\\Stuck";
   HANDLE held = ::CreateFileA(bho.c_str(), GENERIC_READ, 0, nullptr,
                               OPEN_EXISTING, 0, nullptr);
   ASSERT_NE(INVALID_HANDLE_VALUE, held);
@@ -135,21 +139,22 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
   WriteText(TempDir() + "OVDELSU.BAT", "echo stale\r\n");
   const std::string olderCopy = TempDir() + "Zendra.ovc";
   WriteText(olderCopy, "an older removal's copy");
-  ASSERT_TRUE(ActionsTest::CreateKey(
-      HKEY_LOCAL_MACHINE,
-      ActionsTest::OfficeKey("16.0", "PowerPoint") +
-          "\\AddIns\\Zendra 4 Commands for PowerPoint (32-bit)\\Stuck",
-      KEY_WOW64_64KEY));
+  ASSERT_TRUE(
+      ActionsTest::CreateKey(HKEY_LOCAL_MACHINE, stuck, KEY_WOW64_64KEY));
   const Outcome run = RunSetup(cInstalledSetup, "-s -u");
   EXPECT_TRUE(Ended(
       run, 1,
       {"Failure: Unregister ZendraBHO.dll\r\n",
        "Could not delete '" + bho + "'",
+       "'" + bho +
+           "' is deleted when Windows restarts, which finishes the "
+           "removal.\r\n",
+       "Unregister ZendraMimer.dll: already gone.\r\n",
        "Failure: Unregister Braille Library\r\n", "): Move Zendra.ovc\r\n",
        "Failure: Unable to remove PowerPoint Macros\r\n",
        "Success: Create batch file\r\n", "Zendra removal failed!"},
       {"Delete Zendra.ovc", "Delete the older Zendra.ovc"}));
-  EXPECT_EQ(2, Count(run.log, "Failure (E_NotFound, 0x80000202): Load DLL"));
+  EXPECT_EQ(0, Count(run.log, "Failure (E_NotFound, 0x80000202): Load DLL"));
   EXPECT_TRUE(WaitUntilGone(cInstalledSetup));
   EXPECT_TRUE(WaitUntilGone(TempDir() + "OVDELSU.BAT"));
   EXPECT_EQ("an older removal's copy", ReadText(olderCopy));
@@ -161,4 +166,26 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
   EXPECT_TRUE(FileExists(bho));
   EXPECT_TRUE(FileExists(thesis));
   ::CloseHandle(held);
+  Restart();
+  EXPECT_FALSE(fs::exists(cInstallDir));
+
+  // A removal killed while it deletes files: the next finishes the job, and
+  // what the first removed already is no failure.
+  ASSERT_EQ(ERROR_SUCCESS, ::RegDeleteKeyExA(HKEY_LOCAL_MACHINE, stuck.c_str(),
+                                             KEY_WOW64_64KEY, 0));
+  for (int i = 0; i < 500; ++i)
+    WriteText(source.Dir() + "\\Rules\\" + std::to_string(i) + ".txt", "x");
+  ASSERT_TRUE(Ended(RunSetup(source.SetupExe(), "-s -i"), 0));
+  {
+    ChildProcess killed(cInstalledSetup, "-s -u");
+    for (int i = 0; i < 3000 && FileExists(cInstallDir + "\\Zendra.ovc"); ++i)
+      ::Sleep(5);
+    ASSERT_FALSE(FileExists(cInstallDir + "\\Zendra.ovc"));
+  }  // ended here
+  EXPECT_TRUE(Ended(RunSetup(cInstalledSetup, "-s -u"), 0,
+                    {"Delete Zendra registry key and subkeys: already gone.",
+                     "Delete XMLNamespace registry value.: already gone.",
+                     "Zendra removed successfully."}));
+  EXPECT_TRUE(WaitUntilGone(cInstallDir));
+  EXPECT_FALSE(ClassExists());
 }
