@@ -9,6 +9,7 @@
 #include "InstallFolders.h"
 #include "InstallLog.h"
 #include "OEMEntries.h"
+#include "PendingDeletions.h"
 #include "PowerPointAddIn.h"
 #include "ProductFiles.h"
 #include "SelfDelete.h"
@@ -41,6 +42,7 @@ struct CInstallStep {
 
 // clang-format off
 const CInstallStep cInstallSteps[] = {
+  {nullptr,                               CancelPendingDeletions,      skIgnored},
   {nullptr,                               DeleteProtocolHandlers,      skIgnored},
   {"Installation of Zendra fonts",        InstallFonts,                skRequired},
   {nullptr,                               EmptyInstallFolder,          skRequired},

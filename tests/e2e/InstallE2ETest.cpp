@@ -34,12 +34,12 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   const std::string setup = source.SetupExe();
   // Leftovers in the install folder, one held open by another program.
   ActionsTest::MakeFolder(cInstallDir + "\\Old Stuff");
-  for (const char* leftover :
-       {"Old Stuff\\notes.txt", "Zendra.dll", "read-only.txt", "held.txt"})
+  for (const char* leftover : {"Old Stuff\\notes.txt", "Zendra.dll",
+                               "read-only.txt", "VersionCheck.exe"})
     WriteText(cInstallDir + "\\" + leftover, "left over");
   ::SetFileAttributesA((cInstallDir + "\\read-only.txt").c_str(),
                        FILE_ATTRIBUTE_READONLY);
-  HANDLE heldFile = Hold(cInstallDir + "\\held.txt", FILE_SHARE_READ);
+  HANDLE heldFile = Hold(cInstallDir + "\\VersionCheck.exe", FILE_SHARE_READ);
   // Installed fonts: a current Lattice, held open, and an older QX Extra.
   ASSERT_TRUE(ActionsTest::CopyInto(ActionsTest::SampleFile("lattice.ttf"),
                                     SystemFontFile("lattice.ttf")));
@@ -87,11 +87,12 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   // numbered one, which the next install in the usual folder deletes.
   ASSERT_TRUE(ActionsTest::CopyInto(cFontsDir + "\\qxextra.ttf",
                                     SystemFontFile("qxextra.ttf")));
-  EXPECT_TRUE(Ended(RunSetup(setup, "-s -i"), 0,
-                    {"Cannot install font: 'lattice.ttf'",
-                     "'" + cInstallDir + "\\held.txt' is in use by another",
-                     "Installation directory = '" + cInstallDir + "001'."},
-                    {"Failure: Installation of Zendra fonts"}));
+  EXPECT_TRUE(
+      Ended(RunSetup(setup, "-s -i"), 0,
+            {"Cannot install font: 'lattice.ttf'",
+             "'" + cInstallDir + "\\VersionCheck.exe' is in use by another",
+             "Installation directory = '" + cInstallDir + "001'."},
+            {"Failure: Installation of Zendra fonts"}));
   ::CloseHandle(heldFile);
   // From a source folder so deep that its deepest file doesn't fit: nothing
   // changes, and the log names the path.
@@ -104,7 +105,7 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
                      "Installation failed!"},
                     {"Deleting", "unknown Windows error"}));
   ASSERT_TRUE(::MoveFileA((deep + "\\S").c_str(), source.Dir().c_str()));
-  EXPECT_TRUE(FileExists(cInstallDir + "\\held.txt"));
+  EXPECT_EQ("left over", ReadText(cInstallDir + "\\VersionCheck.exe"));
 
   // Parts of the source missing: each fails its own step, after the others.
   const std::pair<const char*, std::vector<std::string>> cMissing[] = {
@@ -138,12 +139,11 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
        "Cannot install font: 'lattice.ttf'", "Installation successful!\r\n"}));
   ::CloseHandle(heldFont);
   ASSERT_TRUE(::MoveFileW(unusual.c_str(), usual.c_str()));
-  for (const char* leftover :
-       {"Old Stuff\\notes.txt", "read-only.txt", "held.txt"})
+  for (const char* leftover : {"Old Stuff\\notes.txt", "read-only.txt"})
     EXPECT_FALSE(FileExists(cInstallDir + "\\" + leftover)) << leftover;
   EXPECT_FALSE(fs::exists(cInstallDir + "001"));
-  EXPECT_EQ(ReadText(source.Dir() + "\\Zendra.dll"),
-            ReadText(cInstallDir + "\\Zendra.dll"));
+  EXPECT_EQ(ReadText(source.Dir() + "\\VersionCheck.exe"),
+            ReadText(cInstallDir + "\\VersionCheck.exe"));
 
   // A repair while the product's library is loaded goes to a numbered
   // folder; the removal, once nothing holds it, takes both.
