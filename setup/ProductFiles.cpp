@@ -1,5 +1,7 @@
 #include "ProductFiles.h"
 
+#include <windows.h>
+
 #include "Components.h"
 #include "FolderCopy.h"
 #include "InstallLog.h"
@@ -100,7 +102,9 @@ class CDeleteEverythingVisitor : public Tern::CFileSystem::CVisitor {
     if (Tern::Failed(deleted)) {
       LogText("Could not delete '%s' (%s).\n", entry.OSToPathString().Chars(),
               Tern::ErrorName(deleted));
-      if (!(entry == mRunning)) scheduled += RemoveAtRestart(entry);
+      if (::lstrcmpiA(entry.OSToPathString().Chars(),
+                      mRunning.OSToPathString().Chars()) != 0)
+        scheduled += RemoveAtRestart(entry);
     }
     return Tern::Ok;
   }
