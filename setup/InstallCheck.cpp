@@ -49,7 +49,14 @@ bool InstallCanFinish(CInstallContext& context) {
                     static_cast<int>(longest.Longest().Length()),
                     static_cast<int>(CLongestPath::cLimit));
   }
-  if (reason.IsEmpty()) return true;
+  if (reason.IsEmpty()) {
+    LogText(
+        "No file to replace is in use; the longest path is '%s' (%d "
+        "characters).\n",
+        longest.Longest().Chars(),
+        static_cast<int>(longest.Longest().Length()));
+    return true;
+  }
   LogStep(false, reason.Chars());
   context.Message(reason.Chars(), mkError);
   return false;
