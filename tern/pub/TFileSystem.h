@@ -211,6 +211,9 @@ class CLocalFileSystem : public CFileSystem {
 
   CError MakeFullPath(const CPath& path, CPath& full) override;
   CError RemoveFile(const CPath& file, bool force = false) override;
+  // Copies `src` onto the name `dest`, which must be free, so that the
+  // name never holds a half-written file, even when the run is killed.
+  CError CopyIntoPlace(const CPath& src, const CPath& dest);
   // Has the system delete a file, or an empty folder, when it next
   // restarts: for what can't go now because a program holds it.
   CError RemoveAtRestart(const CPath& path);

@@ -268,7 +268,7 @@ CError CFontInstaller::InstallSteps(const CPath& src, const CStr& srcText,
   CPath dest;
   status = SystemFontTarget(src, srcText, dest);
   if (Failed(status)) return status;
-  status = CLocalFileSystem::Instance().Copy(src, dest, false);
+  status = CLocalFileSystem::Instance().CopyIntoPlace(src, dest);
   if (Failed(status)) {
     CLogTemplate line(
         "Could not copy font file <src> to <dest>, error <error>");

@@ -375,22 +375,24 @@ CError CLocalFileSystem::CopyOneFile(const CPath& src, const CPath& destPath,
     TERN_FAIL("destPath.IsValid()");
     return E_BadArgument;
   }
-  // Copied under a temporary name beside the destination and renamed into
-  // place, so that a run killed halfway never leaves a half-written file
-  // under the real name. Where the temporary name would not fit the path
-  // limit, the file is copied straight.
   const CStr dest = destPath.OSToPathString();
+  if (!::CopyFileA(src.OSToPathString().Chars(), dest.Chars(), !overwrite))
+    return LastError();
+  return ClearReadOnly(dest.Chars()) ? Ok : LastError();
+}
+
+// Copied under a temporary name beside the destination and renamed into
+// place, so that a run killed halfway never leaves a half-written file under
+// the real name. Where the temporary name would not fit the path limit, the
+// file is copied straight.
+CError CLocalFileSystem::CopyIntoPlace(const CPath& src, const CPath& dest) {
   CPath tempPath;
-  if (Failed(GetTempNameBeside(destPath, "~", tempPath))) {
-    if (!::CopyFileA(src.OSToPathString().Chars(), dest.Chars(), !overwrite))
-      return LastError();
-    return ClearReadOnly(dest.Chars()) ? Ok : LastError();
-  }
+  if (Failed(GetTempNameBeside(dest, "~", tempPath)))
+    return CopyOneFile(src, dest, false);
   const CStr temp = tempPath.OSToPathString();
-  const DWORD replace = overwrite ? MOVEFILE_REPLACE_EXISTING : 0;
   if (::CopyFileA(src.OSToPathString().Chars(), temp.Chars(), TRUE) &&
       ClearReadOnly(temp.Chars()) &&
-      ::MoveFileExA(temp.Chars(), dest.Chars(), replace))
+      ::MoveFileA(temp.Chars(), dest.OSToPathString().Chars()))
     return Ok;
   const CError failed = LastError();
   ::DeleteFileA(temp.Chars());
