@@ -16,10 +16,13 @@ const char cSessionManager[] =
     "SYSTEM\\CurrentControlSet\\Control\\Session Manager";
 const char cPendingValue[] = "PendingFileRenameOperations";
 
-// Whether `entry` (an NT path, "\??\C:\...") names `dir` or lies in it.
-bool NamesFolderOrBelow(const std::string& entry, const std::string& dir) {
-  const std::string path =
-      entry.rfind("\\??\\", 0) == 0 ? entry.substr(4) : entry;
+// The Win32 path of an entry, which is an NT path ("\??\C:\...").
+std::string Win32Path(const std::string& entry) {
+  return entry.rfind("\\??\\", 0) == 0 ? entry.substr(4) : entry;
+}
+
+// Whether `path` names `dir` or lies in it.
+bool NamesFolderOrBelow(const std::string& path, const std::string& dir) {
   return path.size() >= dir.size() &&
          ::_strnicmp(path.c_str(), dir.c_str(), dir.size()) == 0 &&
          (path.size() == dir.size() || path[dir.size()] == '\\');
@@ -67,9 +70,9 @@ bool CancelPendingDeletions(CInstallContext& context) {
   std::string kept;
   bool cancelled = false;
   for (size_t i = 0; i + 1 < names.size(); i += 2) {
-    if (names[i + 1].empty() && NamesFolderOrBelow(names[i], dir)) {
-      LogText("Cancelled the deletion at restart of '%s'.\n",
-              names[i].c_str() + (names[i].rfind("\\??\\", 0) == 0 ? 4 : 0));
+    const std::string path = Win32Path(names[i]);
+    if (names[i + 1].empty() && NamesFolderOrBelow(path, dir)) {
+      LogText("Cancelled the deletion at restart of '%s'.\n", path.c_str());
       cancelled = true;
       continue;
     }
