@@ -7,9 +7,11 @@
 #          in build/bench, with Google Benchmark; each figure is the median
 #          of REPS runs (default 5).
 # install: a silent install of the sample product and of one with ten times
-#          the support files, each against a plain program that copies the
-#          same files, in fresh Wine prefixes; the median of REPS runs
-#          (default 3) of each.
+#          the support files by Setup.exe, by an NSIS installer and an MSI
+#          package of the same product, and by a plain program that copies
+#          the same files, each in a fresh Wine prefix and checked after;
+#          the median of REPS rounds (default 5). KINDS picks the kinds
+#          (default "setup nsis msi copy"; "setup-nofonts" is also known).
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
@@ -37,43 +39,56 @@ native_bench() {
 
 # One timed run in a fresh prefix: `setup` runs Setup.exe -s -i from the
 # product folder (`setup-nofonts` adds -nofonts, to tell how much of it the
-# fonts take), `copy` copies that folder into the install folder. Both
-# start from the same prefix: the product in C:\ZendraSource, the browser's
-# stand-in library, a running wineserver. Prints the milliseconds.
+# fonts take), `nsis` and `msi` the other installers of the same product
+# (bench/install/peers.py), `copy` copies that folder into the install
+# folder. All start from the same prefix: the product in C:\ZendraSource,
+# the browser's stand-in library, a running wineserver; only the installer's
+# own command is timed. The install is then checked from Linux. Prints the
+# milliseconds, the files in the install folder and "ok" or "failed".
 run_once() {
-  local kind=$1 product=$2 prefix="$bench/prefixes/$1"
+  local kind=$1 product=$2 peers=$3 prefix="$bench/prefixes/$1"
   tests/support/clone-prefix.sh "$bench/wine-template" "$prefix"
   export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES=mscoree=
-  mkdir -p "$prefix/drive_c/ZendraSource"
+  mkdir -p "$prefix/drive_c/ZendraSource" "$prefix/drive_c/ZendraPeers"
   cp -r "$product/." "$prefix/drive_c/ZendraSource/"
   cp "$bench/PlainCopy.exe" "$prefix/drive_c/PlainCopy.exe"
+  cp "$peers/ZendraNsis.exe" "$peers/Zendra.msi" "$prefix/drive_c/ZendraPeers/"
   cp build/win/tests/stand-ins/mshtml.dll "$prefix/drive_c/windows/syswow64/mshtml.dll"
   wineserver -p
   wine reg add 'HKCU\Software\Wine\DllOverrides' /v mshtml /d native,builtin /f \
     >/dev/null 2>&1
+  local command
+  case $kind in
+  setup) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
+  setup-nofonts) command=('C:\ZendraSource\Setup.exe' -s -i -nofonts) ;;
+  nsis) command=('C:\ZendraPeers\ZendraNsis.exe' /S) ;;
+  msi) command=(msiexec /i 'C:\ZendraPeers\Zendra.msi' /qn) ;;
+  copy) command=('C:\PlainCopy.exe' 'C:\ZendraSource' 'C:\Program Files (x86)\Orvane\Zendra') ;;
+  esac
   local start end status
   start=$(date +%s%N)
   set +e
-  if [ "$kind" = setup ]; then
-    wine 'C:\ZendraSource\Setup.exe' -s -i </dev/null >/dev/null 2>&1
-  elif [ "$kind" = setup-nofonts ]; then
-    wine 'C:\ZendraSource\Setup.exe' -s -i -nofonts </dev/null >/dev/null 2>&1
-  else
-    wine 'C:\PlainCopy.exe' 'C:\ZendraSource' \
-      'C:\Program Files (x86)\Orvane\Zendra' </dev/null >/dev/null 2>&1
-  fi
+  wine "${command[@]}" </dev/null >/dev/null 2>&1
   status=$?
   set -e
   end=$(date +%s%N)
-  local installed
+  # Stopping the server writes the registry out, for the check to read.
+  wineserver -k 2>/dev/null || true
+  wineserver -w 2>/dev/null || true
+  local installed verdict=ok check=$kind
   installed=$(find "$prefix/drive_c/Program Files (x86)/Orvane/Zendra" -type f 2>/dev/null | wc -l)
   if [ "$status" -ne 0 ]; then
     echo "bench.sh: $kind of $(basename "$product") exited $status" >&2
     tail -n 20 "$prefix"/drive_c/users/*/Temp/Zendra\ Install*.log >&2 || true
+    verdict=failed
   fi
-  wineserver -k 2>/dev/null || true
+  [ "$kind" = setup-nofonts ] && check=none
+  if [ "$check" != none ] &&
+    ! /usr/bin/python3 bench/install/peers.py check "$kind" "$product" "$prefix"; then
+    verdict=failed
+  fi
   [ -n "${KEEP_PREFIX:-}" ] || rm -rf "$prefix"
-  echo "$(((end - start) / 1000000)) $installed"
+  echo "$(((end - start) / 1000000)) $installed $verdict"
 }
 
 # The sample product with ten times the support files: nine more copies of
@@ -93,8 +108,14 @@ make_tenfold() {
 }
 
 install_bench() {
+  bash scripts/install-deps.sh bench
   bash scripts/build.sh release
-  [ -f build/win/tests/stand-ins/mshtml.dll ] || bash scripts/build.sh win
+  if [ ! -f build/win/tests/stand-ins/mshtml.dll ]; then
+    [ -f build/win/build.ninja ] || cmake -S "$top" -B build/win -G Ninja \
+      -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+      -DCMAKE_TOOLCHAIN_FILE="$top/cmake/mingw-i686.cmake" >/dev/null
+    cmake --build build/win --target mshtml_standin
+  fi
   if [ -z "${DISPLAY:-}" ]; then
     exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" install
   fi
@@ -104,24 +125,26 @@ install_bench() {
   tests/support/wine-prefix.sh "$bench/wine-template" --template
   local one="$top/build/release/sample" ten="$bench/sample-10x"
   make_tenfold "$one" "$ten"
-  local mode
-  mode=$(bash scripts/i386.sh mode)
-  echo "== Install benchmark (Wine, fresh prefixes; median of ${REPS:-3} runs) =="
-  echo "32-bit programs ran $mode"
-  if [ "$mode" != natively ]; then
-    echo "(every installer ran emulated alike: the ratios compare like with like," \
-      "the absolute times are not those of a machine that runs 32-bit code natively)"
-  fi
-  echo "product files: 1x $(find "$one" -type f | wc -l), 10x $(find "$ten" -type f | wc -l)"
+  /usr/bin/python3 bench/install/peers.py build "$one" "$bench/peers-1x"
+  /usr/bin/python3 bench/install/peers.py build "$ten" "$bench/peers-10x"
   local results="$bench/install.txt"
-  : >"$results"
-  local r product kind
-  for r in $(seq "${REPS:-3}"); do
+  {
+    echo "mode $(bash scripts/i386.sh mode)"
+    echo "payload 1x $(find "$one" -type f | wc -l) $(du -sb "$one" | cut -f1)"
+    echo "payload 10x $(find "$ten" -type f | wc -l) $(du -sb "$ten" | cut -f1)"
+  } >"$results"
+  # Rounds: each runs every kind at both sizes, so that a slow spell of the
+  # machine falls on all of them alike, and starts with the next kind, so
+  # that none is always the first.
+  local kinds r product kind dir peers
+  read -r -a kinds <<<"${KINDS:-setup nsis msi copy}"
+  for r in $(seq "${REPS:-5}"); do
+    kinds=("${kinds[@]:1}" "${kinds[0]}")
     for product in 1x 10x; do
-      for kind in setup copy setup-nofonts; do
-        local dir=$one
-        [ "$product" = 10x ] && dir=$ten
-        echo "$product $kind $(run_once "$kind" "$dir")" | tee -a "$results"
+      dir=$one peers=$bench/peers-1x
+      [ "$product" = 10x ] && dir=$ten peers=$bench/peers-10x
+      for kind in "${kinds[@]}"; do
+        echo "run $product $kind $(run_once "$kind" "$dir" "$peers")" | tee -a "$results"
       done
     done
   done

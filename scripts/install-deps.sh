@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Installs everything the build and the tests need from Debian's packages.
 # Idempotent: a machine that already has every package does no apt work at all.
+#   install-deps.sh         what the build, the tests and CI need
+#   install-deps.sh bench   that, and the install benchmark's other
+#                           installers: NSIS and the MSI tools
 set -euo pipefail
 here=$(dirname "$0")
 
@@ -16,6 +19,9 @@ packages=(
   # recommended by clang-14, so named here).
   clang libclang-rt-14-dev
 )
+if [ "${1:-}" = bench ]; then
+  packages+=(nsis msitools wixl)
+fi
 
 sudo_if_needed() {
   if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
