@@ -83,12 +83,15 @@ def library(path):
 
 
 def install(path):
-    times, dropped, payload, mode = defaultdict(list), defaultdict(int), {}, ""
+    times, dropped, payload = defaultdict(list), defaultdict(int), {}
+    mode, start = "", "cold"
     with open(path) as f:
         for line in f:
             word, rest = line.split(maxsplit=1)
             if word == "mode":
                 mode = rest.strip()
+            elif word == "start":
+                start = rest.strip()
             elif word == "payload":
                 product, count, size = rest.split()
                 payload[product] = (int(count), int(size) / 1e6)
@@ -101,7 +104,9 @@ def install(path):
     med = {key: statistics.median(values) for key, values in times.items()}
     names = {"copy": "plain copy", "nsis": "NSIS", "msi": "MSI",
              "setup": "Setup"}
-    print(f"32-bit programs ran {mode}")
+    print(f"32-bit programs ran {mode}; every run started Wine {start}" +
+          (" (its server and services start inside the timed run)"
+           if start == "cold" else " (a server already running)"))
     if mode != "natively":
         print("(every installer ran emulated alike: the ratios compare like "
               "with like, the absolute times are not those of a machine that "
