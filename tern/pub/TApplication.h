@@ -104,8 +104,9 @@ class CApplication : public CExecModule {
 
 #if defined(_WIN32)
 
-// A GUI application: registers the hidden "OVAppWindow" window class for its
-// own messages and runs Run() from its message loop.
+// A GUI application: its hidden window, of the class "OVAppWindow", receives
+// the application's own messages. The class is registered and the window
+// made when something first asks for it.
 class CGUIApplication : public CApplication {
  public:
   explicit CGUIApplication(const char* name);
@@ -113,15 +114,9 @@ class CGUIApplication : public CApplication {
 
   // The module that holds the application code (an HINSTANCE).
   void* ModuleHandle() const;
-  void* AppWindow() const { return mAppWindow; }
-
-  // Runs the application once and ends the message loop; the hidden window
-  // calls it when the loop delivers the start message.
-  void RunFromLoop();
-
- protected:
-  bool InitInstance() override;
-  void RunNormalPhase() override;
+  // The hidden window (an HWND), made on the first call; null when it can't
+  // be made.
+  void* AppWindow();
 
  private:
   void* mAppWindow = nullptr;

@@ -8,17 +8,6 @@ namespace Tern {
 namespace {
 
 const char cAppWindowClass[] = "OVAppWindow";
-const UINT cRunMessage = WM_APP + 1;
-
-LRESULT CALLBACK AppWindowProc(HWND window, UINT message, WPARAM wParam,
-                               LPARAM lParam) {
-  if (message == cRunMessage) {
-    if (auto* app = dynamic_cast<CGUIApplication*>(CApplication::Current()))
-      app->RunFromLoop();
-    return 0;
-  }
-  return ::DefWindowProcA(window, message, wParam, lParam);
-}
 
 }  // namespace
 
@@ -32,37 +21,23 @@ void* CGUIApplication::ModuleHandle() const {
   return ::GetModuleHandleA(nullptr);
 }
 
-bool CGUIApplication::InitInstance() {
+// The class is registered with the window, not at start: under Wine even the
+// registration of a class sets up the desktop, its display driver and theme,
+// which a silent run never needs.
+void* CGUIApplication::AppWindow() {
+  if (mAppWindow) return mAppWindow;
   WNDCLASSA wndClass = {};
-  wndClass.lpfnWndProc = AppWindowProc;
+  wndClass.lpfnWndProc = ::DefWindowProcA;
   wndClass.hInstance = static_cast<HINSTANCE>(ModuleHandle());
   wndClass.lpszClassName = cAppWindowClass;
-  if (!::GetClassInfoA(wndClass.hInstance, cAppWindowClass, &wndClass)) {
-    TERN_ASSERT(RegisterClassA(&wndClass));
-  }
+  if (!::RegisterClassA(&wndClass) &&
+      ::GetLastError() != ERROR_CLASS_ALREADY_EXISTS)
+    TERN_FAIL("RegisterClassA(&wndClass)");
   // Never shown: it only receives the application's own messages.
-  mAppWindow = ::CreateWindowA(cAppWindowClass, GetName().Chars(),
-                               WS_OVERLAPPED, 0, 0, 0, 0, nullptr, nullptr,
-                               static_cast<HINSTANCE>(ModuleHandle()), nullptr);
-  return true;
-}
-
-void CGUIApplication::RunNormalPhase() {
-  if (!mAppWindow) {  // no window: run without the loop
-    Run();
-    return;
-  }
-  ::PostMessageA(static_cast<HWND>(mAppWindow), cRunMessage, 0, 0);
-  MSG msg;
-  while (::GetMessageA(&msg, nullptr, 0, 0) > 0) {
-    ::TranslateMessage(&msg);
-    ::DispatchMessageA(&msg);
-  }
-}
-
-void CGUIApplication::RunFromLoop() {
-  Run();
-  ::PostQuitMessage(0);
+  mAppWindow =
+      ::CreateWindowA(cAppWindowClass, GetName().Chars(), WS_OVERLAPPED, 0, 0,
+                      0, 0, nullptr, nullptr, wndClass.hInstance, nullptr);
+  return mAppWindow;
 }
 
 CNamedMutex::CNamedMutex(const char* mutexName) {

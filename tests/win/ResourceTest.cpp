@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "TApplication.h"
 #include "TImportLibrary_Win.h"
 #include "TScopedResource_Win.h"
 #include "TestSupport.h"
@@ -56,4 +57,24 @@ TEST(ImportLibrary, EntryResultsBecomeStatuses) {
   EXPECT_EQ(Ok, lib.Register());
   EXPECT_EQ(Failure, lib.Register());  // a negative result
   EXPECT_EQ(Ok, lib.Unregister());     // S_FALSE
+}
+
+// The hidden window is made on the first request, of the application's own
+// class, and kept for later ones.
+TEST(GUIApplication, MakesItsHiddenWindowWhenFirstAskedFor) {
+  struct CWindowApp : CGUIApplication {
+    CWindowApp() : CGUIApplication("Window Test") {}
+    void Run() override {
+      first = static_cast<HWND>(AppWindow());
+      second = static_cast<HWND>(AppWindow());
+    }
+    HWND first = nullptr, second = nullptr;
+  } app;
+  app.Main("");
+  ASSERT_TRUE(::IsWindow(app.first));
+  EXPECT_EQ(app.first, app.second);
+  EXPECT_FALSE(::IsWindowVisible(app.first));
+  char name[32] = "";
+  ::GetClassNameA(app.first, name, sizeof name);
+  EXPECT_STREQ("OVAppWindow", name);
 }
