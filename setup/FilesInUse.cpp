@@ -33,8 +33,9 @@ bool IsHeld(const char* path) {
 
 class CHeldFileSearch : public Tern::CFileSystem::CVisitor {
  public:
-  CError Visit(Tern::CFileSystem& fs, const CPath& entry) override {
-    if (fs.GetItemType(entry) == Tern::S_FSIsDirectory)
+  CError Visit(Tern::CFileSystem& fs, const CPath& entry,
+               CError type) override {
+    if (type == Tern::S_FSIsDirectory)
       return fs.EnumerateDirectory(entry, "*", *this);
     if (!IsHeld(entry.OSToPathString().Chars())) return Tern::Ok;
     held = entry;

@@ -17,7 +17,8 @@ bool CopyOneFile(const char* name, const CPath& srcDir, const CPath& destDir) {
   if (!LogStatus(src.AppendComponent(name), "Append filename to srcDir") ||
       !LogStatus(dest.AppendComponent(name), "Append filename to destDir"))
     return false;
-  return LogStatus(CLocalFileSystem::Instance().Copy(src, dest, true),
+  // Straight onto the full name: the destination is never a folder here.
+  return LogStatus(CLocalFileSystem::Instance().CopyOneFile(src, dest, true),
                    "Copying file");
 }
 
@@ -61,14 +62,9 @@ bool CFolderCopy::CopyFile(const CPath& file) {
   return CopyOneFile(name.Chars(), srcDir, mDestDir);
 }
 
-CError CFolderCopy::Visit(Tern::CFileSystem& fs, const CPath& entry) {
-  const CError type = fs.GetItemType(entry);
-  if (type == Tern::S_FSIsFile)
+CError CFolderCopy::Visit(Tern::CFileSystem&, const CPath& entry, CError type) {
+  if (type != Tern::S_FSIsDirectory)
     return CopyFile(entry) ? Tern::Ok : Tern::Failure;
-  if (type != Tern::S_FSIsDirectory) {
-    LogStatus(type, "GetNodeType");
-    return Tern::Failure;
-  }
   CStr name;
   CPath destSub = mDestDir;
   CError err = entry.GetComponentString(CPath::ctFile, name);

@@ -23,7 +23,8 @@ class CFolderCopy : public Tern::CFileSystem::CVisitor {
   CFolderCopy(const Tern::CPath& destDir, const char* label);
   // Walks `srcDir` into the destination folder; true when all was copied.
   bool Walk(const Tern::CPath& srcDir);
-  Tern::CError Visit(Tern::CFileSystem& fs, const Tern::CPath& entry) override;
+  Tern::CError Visit(Tern::CFileSystem& fs, const Tern::CPath& entry,
+                     Tern::CError type) override;
 
  private:
   bool CopyFile(const Tern::CPath& file);

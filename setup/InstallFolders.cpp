@@ -30,11 +30,12 @@ class COtherInstallFolders : public Tern::CFileSystem::CVisitor {
  public:
   explicit COtherInstallFolders(const CPath& current) : mCurrent(current) {}
 
-  CError Visit(Tern::CFileSystem& fs, const CPath& entry) override {
+  CError Visit(Tern::CFileSystem& fs, const CPath& entry,
+               CError type) override {
     CStr name;
     if (::lstrcmpiA(entry.OSToPathString().Chars(),
                     mCurrent.OSToPathString().Chars()) == 0 ||
-        fs.GetItemType(entry) != Tern::S_FSIsDirectory ||
+        type != Tern::S_FSIsDirectory ||
         Tern::Failed(entry.GetComponentString(CPath::ctFile, name)) ||
         !IsInstallFolderName(name) || !HoldsTheProduct(entry))
       return Tern::Ok;

@@ -69,7 +69,7 @@ bool InstallSubfolder(const CInstallContext& context,
 // everything in it; each item logged by name. The number scheduled.
 Tern::Int RemoveAtRestart(const CPath& entry) {
   struct CLeftovers : Tern::CFileSystem::CVisitor {
-    CError Visit(Tern::CFileSystem&, const CPath& item) override {
+    CError Visit(Tern::CFileSystem&, const CPath& item, CError) override {
       scheduled += RemoveAtRestart(item);
       return Tern::Ok;
     }
@@ -94,8 +94,9 @@ Tern::Int RemoveAtRestart(const CPath& entry) {
 class CDeleteEverythingVisitor : public Tern::CFileSystem::CVisitor {
  public:
   CDeleteEverythingVisitor() { LFS().GetProgramFile(mRunning); }
-  CError Visit(Tern::CFileSystem& fs, const CPath& entry) override {
-    const CError deleted = fs.GetItemType(entry) == Tern::S_FSIsDirectory
+  CError Visit(Tern::CFileSystem& fs, const CPath& entry,
+               CError type) override {
+    const CError deleted = type == Tern::S_FSIsDirectory
                                ? fs.DeleteDirectory(entry, true)
                                : fs.RemoveFile(entry, true);
     // Told, not counted: Setup.exe itself is always among them.

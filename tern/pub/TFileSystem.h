@@ -108,11 +108,13 @@ class CLocalFSPathDefinition : public CFSPathDefinition {
 // (Names avoid the platform's macros: DeleteFile, CreateDirectory, ...)
 class CFileSystem {
  public:
-  // Called for every entry of a directory walk; a failure stops the walk.
+  // Called for every entry of a directory walk, with the entry's type as
+  // the walk found it (S_FSIsDirectory or S_FSIsFile); a failure stops the
+  // walk.
   class CVisitor {
    public:
     virtual ~CVisitor() = default;
-    virtual CError Visit(CFileSystem& fs, const CPath& entry) = 0;
+    virtual CError Visit(CFileSystem& fs, const CPath& entry, CError type) = 0;
   };
 
   virtual ~CFileSystem() = default;
@@ -120,6 +122,10 @@ class CFileSystem {
   // A name "<prefix><20 hex digits>" in `dir` under which nothing exists yet.
   // Nothing is created.
   virtual CError GetTempName(const CPath& dir, const char* prefix,
+                             CPath& result);
+  // The next name "<prefix><20 hex digits>" in `dir`, a new one each call;
+  // whether something has that name is not asked.
+  static CError NextTempName(const CPath& dir, const char* prefix,
                              CPath& result);
   virtual CError MakeFullPath(const CPath& path, CPath& full) = 0;
   // The directory and everything in it; with `force` read-only files too.
@@ -240,6 +246,7 @@ class CLocalFileSystem : public CFileSystem {
 
  private:
   CError ResolveDirectory(Int dirType, CPath& dir);
+  CError ShellFolderOrBelowWindows(int csidl, const char* name, CPath& dir);
 };
 
 // Empties a directory depth first: subdirectories with everything in them,
@@ -247,7 +254,7 @@ class CLocalFileSystem : public CFileSystem {
 class CDeleteDirectoryVisitor : public CFileSystem::CVisitor {
  public:
   explicit CDeleteDirectoryVisitor(bool force) : mForce(force) {}
-  CError Visit(CFileSystem& fs, const CPath& entry) override;
+  CError Visit(CFileSystem& fs, const CPath& entry, CError type) override;
   CError Result() const { return mResult; }
 
  private:

@@ -329,18 +329,24 @@ CError CFileSystem::GetTempName(const CPath& dir, const char* prefix,
     TERN_FAIL("dir.IsValid()");
     return E_BadArgument;
   }
-  static std::atomic<unsigned long long> counter{Platform::TickCount()};
   for (;;) {
-    CStr name;
-    name.Format("%s%020llX", prefix, counter++);
-    CPath candidate = dir;
-    CError err = candidate.AppendComponent(name.Chars());
+    CPath candidate;
+    CError err = NextTempName(dir, prefix, candidate);
     if (Failed(err)) return err;
     if (Failed(GetItemType(candidate))) {  // nothing there: take it
       result = candidate;
       return Ok;
     }
   }
+}
+
+CError CFileSystem::NextTempName(const CPath& dir, const char* prefix,
+                                 CPath& result) {
+  static std::atomic<unsigned long long> counter{Platform::TickCount()};
+  CStr name;
+  name.Format("%s%020llX", prefix, counter++);
+  result = dir;
+  return result.AppendComponent(name.Chars());
 }
 
 CError CFileSystem::GetTempNameBeside(const CPath& path, const char* prefix,
@@ -403,17 +409,21 @@ CError CFileSystem::DeleteDirectory(const CPath& dir, bool force) {
   return Failed(err) ? err : RemoveEmptyDirectory(dir);
 }
 
+// The folder is made first and asked about only when that fails: the
+// folders an install makes are mostly new, and asking about a missing one
+// costs as much as making it.
 CError CFileSystem::CreateDirectoryPath(const CPath& dir) {
   if (!dir.IsValid()) return E_BadArgument;
-  if (Succeeded(RequireDirectory(dir))) return Ok;
+  CError made = MakeDirectory(dir);
+  if (Succeeded(made) || Succeeded(RequireDirectory(dir))) return Ok;
   CPath parent;
-  if (Succeeded(dir.GetComponent(CPath::ctDir, parent)) &&
-      !parent.ExtraPart().IsEmpty()) {
-    CError err = CreateDirectoryPath(parent);
-    if (Failed(err)) return err;
-  }
-  CError err = MakeDirectory(dir);
-  return err == E_AlreadyExists ? Ok : err;
+  if (made != E_NotFound || Failed(dir.GetComponent(CPath::ctDir, parent)) ||
+      parent.ExtraPart().IsEmpty())
+    return made == E_AlreadyExists ? E_FSNotDirectory : made;
+  CError err = CreateDirectoryPath(parent);
+  if (Failed(err)) return err;
+  made = MakeDirectory(dir);
+  return made == E_AlreadyExists ? RequireDirectory(dir) : made;
 }
 
 CError CFileSystem::QueryFile(const char* filename) {
@@ -448,14 +458,10 @@ CError CFileSystem::Rename(const CPath& from, const char* newName) {
   return Failed(err) ? err : Rename(from, to);
 }
 
-CError CDeleteDirectoryVisitor::Visit(CFileSystem& fs, const CPath& entry) {
-  CError type = fs.GetItemType(entry);
-  if (type == S_FSIsDirectory)
-    mResult = fs.DeleteDirectory(entry, mForce);
-  else if (type == S_FSIsFile)
-    mResult = fs.RemoveFile(entry, mForce);
-  else
-    mResult = type;
+CError CDeleteDirectoryVisitor::Visit(CFileSystem& fs, const CPath& entry,
+                                      CError type) {
+  mResult = type == S_FSIsDirectory ? fs.DeleteDirectory(entry, mForce)
+                                    : fs.RemoveFile(entry, mForce);
   return mResult;
 }
 

@@ -228,6 +228,8 @@ CError CFontInstaller::SystemFontTarget(const CPath& src, const CStr& srcText,
         "Could not form the path of <font> in the Fonts folder, error "
         "<error>",
         srcText, status);
+  // Mostly the name is free, and one question settles it.
+  if (CLocalFileSystem::Instance().GetItemType(dest) == E_NotFound) return Ok;
   RemoveStrayFile(dest);
   status = EnsureUniqueFontName(dest);
   if (Failed(status))

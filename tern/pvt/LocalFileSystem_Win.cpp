@@ -78,6 +78,12 @@ bool ClearReadOnly(const char* path) {
          ::SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY);
 }
 
+// A copy or create that would not replace failed because the name is taken.
+bool LastCallFoundNameTaken() {
+  const DWORD error = ::GetLastError();
+  return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+}
+
 UInt32 AttributeBit(Int kind) {
   switch (kind) {
     case CLocalFileSystem::akReadOnly:
@@ -94,6 +100,22 @@ UInt32 AttributeBit(Int kind) {
 }  // namespace
 
 // ---- Special directories ---------------------------------------------------
+
+// The shell's folder, else the folder of that name below Windows, if it is
+// there.
+CError CLocalFileSystem::ShellFolderOrBelowWindows(int csidl, const char* name,
+                                                   CPath& dir) {
+  CError err = ShellFolder(csidl, dir);
+  if (Succeeded(err)) return err;
+  CPath fallback;
+  if (Succeeded(ResolveDirectory(dtWinOSDir, fallback)) &&
+      Succeeded(fallback.AppendComponent(name)) &&
+      GetItemType(fallback) == S_FSIsDirectory) {
+    dir = fallback;
+    return Ok;
+  }
+  return err;
+}
 
 CError CLocalFileSystem::GetDirectory(Int dirType, CPath& dir) {
   if (dirType == dtDebugLogDir) {
@@ -120,23 +142,21 @@ CError CLocalFileSystem::ResolveDirectory(Int dirType, CPath& dir) {
       return ModuleFolder(
           app ? static_cast<HMODULE>(app->ModuleHandle()) : nullptr, dir);
     }
-    case dtFontsDir:
-    case dtUserAppDataDir:
-    case dtLogDir: {
-      const bool fonts = dirType == dtFontsDir;
-      CError err = ShellFolder(fonts ? CSIDL_FONTS : CSIDL_APPDATA, dir);
-      if (Succeeded(err)) return err;
-      // Fall back to the folder below Windows, if it is there.
-      CPath fallback;
-      if (Succeeded(ResolveDirectory(dtWinOSDir, fallback)) &&
-          Succeeded(
-              fallback.AppendComponent(fonts ? "Fonts" : "Application Data")) &&
-          GetItemType(fallback) == S_FSIsDirectory) {
-        dir = fallback;
+    case dtFontsDir: {
+      // The system's Fonts folder does not move while Windows runs; asking
+      // the shell once is enough for a batch of fonts.
+      static CPath fontsDir;
+      if (fontsDir.IsValid()) {
+        dir = fontsDir;
         return Ok;
       }
+      CError err = ShellFolderOrBelowWindows(CSIDL_FONTS, "Fonts", dir);
+      if (Succeeded(err)) fontsDir = dir;
       return err;
     }
+    case dtUserAppDataDir:
+    case dtLogDir:
+      return ShellFolderOrBelowWindows(CSIDL_APPDATA, "Application Data", dir);
     case dtUserDocDir:
       return ShellFolder(CSIDL_PERSONAL, dir);
     case dtCurrentDir:
@@ -324,7 +344,9 @@ CError CLocalFileSystem::GetItemType(const CPath& path) {
 CError CLocalFileSystem::IsDirectoryEmpty(const CPath& dir,
                                           const char* patternStr) {
   struct CFirstEntry : CVisitor {
-    CError Visit(CFileSystem&, const CPath&) override { return E_DirNotEmpty; }
+    CError Visit(CFileSystem&, const CPath&, CError) override {
+      return E_DirNotEmpty;
+    }
   } firstEntry;
   return EnumerateDirectory(dir, patternStr, firstEntry);
 }
@@ -345,7 +367,10 @@ CError CLocalFileSystem::EnumerateDirectory(const CPath& dir,
     if (IsDotEntry(entry.cFileName)) continue;
     CPath item = dir;
     err = item.AppendComponent(entry.cFileName);
-    if (Succeeded(err)) err = visitor.Visit(*this, item);
+    const CError type = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                            ? S_FSIsDirectory
+                            : S_FSIsFile;
+    if (Succeeded(err)) err = visitor.Visit(*this, item, type);
     if (Failed(err)) return err;
   } while (::FindNextFileA(find.Get(), &entry));
   DWORD last = ::GetLastError();
@@ -375,9 +400,14 @@ CError CLocalFileSystem::CopyOneFile(const CPath& src, const CPath& destPath,
     TERN_FAIL("destPath.IsValid()");
     return E_BadArgument;
   }
-  const CStr dest = destPath.OSToPathString();
-  if (!::CopyFileA(src.OSToPathString().Chars(), dest.Chars(), !overwrite))
-    return LastError();
+  const CStr from = src.OSToPathString(), dest = destPath.OSToPathString();
+  // Copied as onto a free name first: a copy that may replace a file looks
+  // up the destination before it starts, a failed lookup for most files an
+  // install copies into folders just made or emptied.
+  BOOL copied = ::CopyFileA(from.Chars(), dest.Chars(), TRUE);
+  if (!copied && overwrite && LastCallFoundNameTaken())
+    copied = ::CopyFileA(from.Chars(), dest.Chars(), FALSE);
+  if (!copied) return LastError();
   return ClearReadOnly(dest.Chars()) ? Ok : LastError();
 }
 
@@ -386,12 +416,21 @@ CError CLocalFileSystem::CopyOneFile(const CPath& src, const CPath& destPath,
 // the real name. Where the temporary name would not fit the path limit, the
 // file is copied straight.
 CError CLocalFileSystem::CopyIntoPlace(const CPath& src, const CPath& dest) {
-  CPath tempPath;
-  if (Failed(GetTempNameBeside(dest, "~", tempPath)))
+  CPath dir, tempPath;
+  if (Failed(dest.GetComponent(CPath::ctDir, dir)))
     return CopyOneFile(src, dest, false);
-  const CStr temp = tempPath.OSToPathString();
-  if (::CopyFileA(src.OSToPathString().Chars(), temp.Chars(), TRUE) &&
-      ClearReadOnly(temp.Chars()) &&
+  const CStr from = src.OSToPathString();
+  CStr temp;
+  // The copy itself tells whether a temporary name is free: it fails on a
+  // taken one, and the next name is tried.
+  BOOL copied = FALSE;
+  do {
+    if (Failed(NextTempName(dir, "~", tempPath)))
+      return CopyOneFile(src, dest, false);
+    temp = tempPath.OSToPathString();
+    copied = ::CopyFileA(from.Chars(), temp.Chars(), TRUE);
+  } while (!copied && LastCallFoundNameTaken());
+  if (copied && ClearReadOnly(temp.Chars()) &&
       ::MoveFileA(temp.Chars(), dest.OSToPathString().Chars()))
     return Ok;
   const CError failed = LastError();

@@ -42,6 +42,16 @@ TEST(LocalFileSystem, FilesAndFoldersThroughTheirHandles) {
   UInt32 size = 0;
   EXPECT_EQ(Ok, LFS().GetFileSize(at("one\\two\\g.dll"), size));
   EXPECT_EQ(4u, size);
+  // One that may replace does, though it tries a free name first.
+  EXPECT_EQ(Ok,
+            LFS().CopyOneFile(at("one\\f.txt"), at("one\\two\\g.dll"), true));
+  EXPECT_EQ(Ok, LFS().GetFileSize(at("one\\two\\g.dll"), size));
+  EXPECT_EQ(5u, size);
+  // Folders are made before they are asked about: one that is there is
+  // fine, a file in the way is not.
+  EXPECT_EQ(Ok, LFS().CreateDirectoryPath(at("one\\two")));
+  EXPECT_EQ(E_FSNotDirectory, LFS().CreateDirectoryPath(at("one\\f.txt")));
+  EXPECT_NE(Ok, LFS().CreateDirectoryPath(at("one\\f.txt\\three")));
   unsigned long long made = 0, written = 0;
   EXPECT_EQ(Ok, LFS().GetFileTime(at("one\\f.txt"), LFS().tkCreation, made));
   EXPECT_EQ(Ok,
