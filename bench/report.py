@@ -135,6 +135,13 @@ def install(path):
         f"{growth[k]:+.0f} ({get('10x', k) / get('1x', k):.2f}x)"
         for k in names) + " | | | |")
     for product in ("1x", "10x"):
+        if (product, "setup-before") in med:
+            before = get(product, "setup-before")
+            print(f"  (the earlier Setup.exe {product}: {before:.0f} ms, "
+                  f"{before / get(product, 'copy'):.2f}x the copy, "
+                  f"{before / get(product, 'nsis'):.2f}x NSIS; this one "
+                  f"{get(product, 'setup') - before:+.0f} ms)")
+    for product in ("1x", "10x"):
         if (product, "setup-nofonts") in med:
             print(f"  (Setup.exe -s -i -nofonts {product}: "
                   f"{get(product, 'setup-nofonts'):.0f} ms)")

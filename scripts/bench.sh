@@ -11,7 +11,9 @@
 #          package of the same product, and by a plain program that copies
 #          the same files, each in a fresh Wine prefix and checked after;
 #          the median of REPS rounds (default 5). KINDS picks the kinds
-#          (default "setup nsis msi copy"; "setup-nofonts" is also known).
+#          (default "setup nsis msi copy"; "setup-nofonts" is also known,
+#          and "setup-before" runs the Setup.exe that BEFORE names, an
+#          earlier build, from the same product folder).
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
@@ -70,6 +72,7 @@ run_once() {
   case $kind in
   setup) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
   setup-nofonts) command=('C:\ZendraSource\Setup.exe' -s -i -nofonts) ;;
+  setup-before) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
   nsis) command=('C:\ZendraPeers\ZendraNsis.exe' /S) ;;
   msi) command=(msiexec /i 'C:\ZendraPeers\Zendra.msi' /qn) ;;
   copy) command=('C:\PlainCopy.exe' 'C:\ZendraSource' 'C:\Program Files (x86)\Orvane\Zendra') ;;
@@ -92,8 +95,9 @@ run_once() {
     verdict=failed
   fi
   [ "$kind" = setup-nofonts ] && check=none
+  [ "$kind" = setup-before ] && check=setup
   if [ "$check" != none ] &&
-    ! /usr/bin/python3 bench/install/peers.py check "$kind" "$product" "$prefix"; then
+    ! /usr/bin/python3 bench/install/peers.py check "$check" "$product" "$prefix"; then
     verdict=failed
   fi
   [ -n "${KEEP_PREFIX:-}" ] || rm -rf "$prefix"
@@ -154,7 +158,13 @@ install_bench() {
       dir=$one peers=$bench/peers-1x
       [ "$product" = 10x ] && dir=$ten peers=$bench/peers-10x
       for kind in "${kinds[@]}"; do
-        echo "run $product $kind $(run_once "$kind" "$dir" "$peers")" | tee -a "$results"
+        # The earlier build runs from a copy of the product that holds it.
+        local from=$dir
+        if [ "$kind" = setup-before ]; then
+          from=$bench/before-$product
+          rm -rf "$from" && cp -r "$dir" "$from" && cp "$BEFORE" "$from/Setup.exe"
+        fi
+        echo "run $product $kind $(run_once "$kind" "$from" "$peers")" | tee -a "$results"
       done
     done
   done
