@@ -415,15 +415,18 @@ CError CFileSystem::DeleteDirectory(const CPath& dir, bool force) {
 CError CFileSystem::CreateDirectoryPath(const CPath& dir) {
   if (!dir.IsValid()) return E_BadArgument;
   CError made = MakeDirectory(dir);
-  if (Succeeded(made) || Succeeded(RequireDirectory(dir))) return Ok;
   CPath parent;
-  if (made != E_NotFound || Failed(dir.GetComponent(CPath::ctDir, parent)) ||
-      parent.ExtraPart().IsEmpty())
-    return made == E_AlreadyExists ? E_FSNotDirectory : made;
-  CError err = CreateDirectoryPath(parent);
-  if (Failed(err)) return err;
-  made = MakeDirectory(dir);
-  return made == E_AlreadyExists ? RequireDirectory(dir) : made;
+  if (made == E_NotFound && Succeeded(dir.GetComponent(CPath::ctDir, parent)) &&
+      !parent.ExtraPart().IsEmpty()) {  // a folder above is missing too
+    const CError above = CreateDirectoryPath(parent);
+    if (Failed(above)) return above;
+    made = MakeDirectory(dir);
+  }
+  if (Succeeded(made)) return Ok;
+  // Something is there already (a folder is fine, a file is not), or the
+  // system won't make a folder that exists, such as a drive's root.
+  const CError there = RequireDirectory(dir);
+  return Succeeded(there) || made == E_AlreadyExists ? there : made;
 }
 
 CError CFileSystem::QueryFile(const char* filename) {
