@@ -5,6 +5,11 @@
 #   i386.sh ensure   where none runs, installs qemu-user 10 or later from the
 #                    release's backports suite and registers it for i386
 #                    programs with the kernel's binfmt_misc; root only
+#   i386.sh emulate  registers qemu-i386 even where the kernel runs 32-bit
+#                    programs itself, so that one machine can be measured
+#                    both ways (the install benchmark's EMULATE=1); root only
+#   i386.sh native   takes that registration back where the kernel runs
+#                    32-bit programs itself
 # Wine's 32-bit loader, and through it Setup.exe and every 32-bit program of
 # the tests, is an i386 program: on a kernel whose IA-32 emulation is off it
 # fails with "Exec format error" unless an emulator is registered.
@@ -101,7 +106,8 @@ install_qemu() {
   codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
   add_backports "$codename"
   export DEBIAN_FRONTEND=noninteractive
-  apt-get update -q >/dev/null
+  # A suite whose index is mid-sync fails the update, not the install.
+  apt-get update -q >/dev/null || true
   apt-get install -y -q --no-install-recommends -t "$codename-backports" qemu-user
   if [ "$(qemu_major)" -lt "$min_qemu_major" ]; then
     echo "i386: qemu-user $(qemu_major) was installed, but 32-bit programs need" \
@@ -144,8 +150,26 @@ ensure() {
   fi
 }
 
+# Emulation where the kernel needs none; binfmt_misc comes before the
+# kernel's own loader, so every i386 program then goes through qemu.
+emulate() {
+  if ! i386_runs; then ensure; return; fi
+  handler_enabled && return 0
+  [ "$(qemu_major)" -ge "$min_qemu_major" ] || install_qemu
+  register_handler
+}
+
+# Where the kernel can't run them itself, the registration stays.
+native() {
+  handler_enabled || return 0
+  echo -1 >"$binfmt/$handler_name"
+  i386_runs || register_handler
+}
+
 case ${1:-} in
 mode) mode ;;
 ensure) ensure ;;
-*) echo "usage: i386.sh mode|ensure" >&2; exit 2 ;;
+emulate) emulate ;;
+native) native ;;
+*) echo "usage: i386.sh mode|ensure|emulate|native" >&2; exit 2 ;;
 esac
