@@ -11,9 +11,14 @@
 #          package of the same product, and by a plain program that copies
 #          the same files, each in a fresh Wine prefix and checked after;
 #          the median of REPS rounds (default 5). KINDS picks the kinds
-#          (default "setup nsis msi copy"; "setup-nofonts" is also known,
-#          and "setup-before" runs the Setup.exe that BEFORE names, an
-#          earlier build, from the same product folder).
+#          (default "setup nsis msi copy copy-gdi"; "copy-gdi" is the plain
+#          copy followed by the least an installer of fonts must do beyond
+#          it, the floor for such an installer; "setup-nofonts" is also
+#          known, and "setup-before" runs the Setup.exe that BEFORE names, an
+#          earlier build, from the same product folder). EMULATE=1 runs
+#          32-bit programs under qemu-i386 on a machine that runs them
+#          natively, and restores that afterwards, so that one machine gives
+#          the figures of both kinds of machine.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
@@ -76,6 +81,7 @@ run_once() {
   nsis) command=('C:\ZendraPeers\ZendraNsis.exe' /S) ;;
   msi) command=(msiexec /i 'C:\ZendraPeers\Zendra.msi' /qn) ;;
   copy) command=('C:\PlainCopy.exe' 'C:\ZendraSource' 'C:\Program Files (x86)\Orvane\Zendra') ;;
+  copy-gdi) command=('C:\PlainCopy.exe' -gdi 'C:\ZendraSource' 'C:\Program Files (x86)\Orvane\Zendra') ;;
   esac
   local start end status
   start=$(date +%s%N)
@@ -96,6 +102,7 @@ run_once() {
   fi
   [ "$kind" = setup-nofonts ] && check=none
   [ "$kind" = setup-before ] && check=setup
+  [ "$kind" = copy-gdi ] && check=copy
   if [ "$check" != none ] &&
     ! /usr/bin/python3 bench/install/peers.py check "$check" "$product" "$prefix"; then
     verdict=failed
@@ -120,6 +127,10 @@ make_tenfold() {
   done
 }
 
+sudo_if_needed() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
 install_bench() {
   bash scripts/install-deps.sh bench
   bash scripts/build.sh release
@@ -129,8 +140,13 @@ install_bench() {
       -DCMAKE_TOOLCHAIN_FILE="$top/cmake/mingw-i686.cmake" >/dev/null
     cmake --build build/win --target mshtml_standin
   fi
+  if [ -n "${EMULATE:-}" ] && [ "$(bash scripts/i386.sh mode)" = natively ]; then
+    sudo_if_needed bash scripts/i386.sh emulate
+    trap 'sudo_if_needed bash scripts/i386.sh native' EXIT
+  fi
   if [ -z "${DISPLAY:-}" ]; then
-    exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" install
+    xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" install
+    return
   fi
   mkdir -p "$bench/prefixes"
   i686-w64-mingw32-g++-posix -O2 -static -s -o "$bench/PlainCopy.exe" \
@@ -151,7 +167,7 @@ install_bench() {
   # machine falls on all of them alike, and starts with the next kind, so
   # that none is always the first.
   local kinds r product kind dir peers
-  read -r -a kinds <<<"${KINDS:-setup nsis msi copy}"
+  read -r -a kinds <<<"${KINDS:-setup nsis msi copy copy-gdi}"
   for r in $(seq "${REPS:-5}"); do
     kinds=("${kinds[@]:1}" "${kinds[0]}")
     for product in 1x 10x; do
@@ -164,7 +180,7 @@ install_bench() {
           from=$bench/before-$product
           rm -rf "$from" && cp -r "$dir" "$from" && cp "$BEFORE" "$from/Setup.exe"
         fi
-        echo "run $product $kind $(run_once "$kind" "$from" "$peers")" | tee -a "$results"
+        echo "run $product $kind $(run_once "$kind" "$from" "$peers") $r" | tee -a "$results"
       done
     done
   done
