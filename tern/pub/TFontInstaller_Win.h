@@ -6,6 +6,7 @@
 
 #include "TError.h"
 #include "TFileSystem.h"
+#include "TScopedResource_Win.h"
 #include "TString.h"
 
 namespace Tern {
@@ -64,6 +65,8 @@ class CFontInstaller {
   CError LogFailure(const char* templ, const CStr& srcText, CError status);
 
   CStream* mLog;
+  // Where IsInstalled enumerates: one memory device context for the batch.
+  CScopedMemoryDC mMemoryDC;
   static bool cInstantiated;
 };
 

@@ -11,9 +11,10 @@
 
 #include <cstdint>
 
-// HKEY and HMODULE (HINSTANCE) as <windows.h> declares them.
+// HKEY, HMODULE (HINSTANCE) and HDC as <windows.h> declares them.
 struct HKEY__;
 struct HINSTANCE__;
+struct HDC__;
 
 namespace Tern {
 
@@ -109,11 +110,19 @@ struct CCertStoreTraits {
   static bool Close(Type store);  // CertCloseStore(store, 0)
 };
 
+// A device context of CreateCompatibleDC (HDC), null when none.
+struct CMemoryDCTraits {
+  using Type = ::HDC__*;
+  static Type Invalid() { return nullptr; }
+  static bool Close(Type dc);  // DeleteDC
+};
+
 using CScopedFileHandle = CScopedResource<CFileHandleTraits>;
 using CScopedKernelHandle = CScopedResource<CKernelHandleTraits>;
 using CScopedFindHandle = CScopedResource<CFindHandleTraits>;
 using CScopedRegKey = CScopedResource<CRegKeyTraits>;
 using CScopedModule = CScopedResource<CModuleTraits>;
 using CScopedCertStore = CScopedResource<CCertStoreTraits>;
+using CScopedMemoryDC = CScopedResource<CMemoryDCTraits>;
 
 }  // namespace Tern

@@ -137,11 +137,10 @@ bool CFontInstaller::IsInstalled(const char* fontName) {
   LOGFONTA face = {};
   face.lfCharSet = DEFAULT_CHARSET;
   ::lstrcpynA(face.lfFaceName, fontName, LF_FACESIZE);
-  HDC dc = ::CreateCompatibleDC(nullptr);
+  if (!mMemoryDC.IsValid()) mMemoryDC.Reset(::CreateCompatibleDC(nullptr));
   Int families = 0;
-  ::EnumFontFamiliesExA(dc, &face, CountFamily,
+  ::EnumFontFamiliesExA(mMemoryDC.Get(), &face, CountFamily,
                         reinterpret_cast<LPARAM>(&families), 0);
-  ::DeleteDC(dc);
   return families > 0;
 }
 

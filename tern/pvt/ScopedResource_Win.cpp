@@ -12,6 +12,8 @@ static_assert(std::is_same<CRegKeyTraits::Type, HKEY>::value,
               "HKEY is the type the header forward-declares");
 static_assert(std::is_same<CModuleTraits::Type, HMODULE>::value,
               "HMODULE is the type the header forward-declares");
+static_assert(std::is_same<CMemoryDCTraits::Type, HDC>::value,
+              "HDC is the type the header forward-declares");
 static_assert(std::is_same<CCertStoreTraits::Type, HCERTSTORE>::value,
               "HCERTSTORE is a plain pointer");
 
@@ -46,6 +48,8 @@ bool CRegKeyTraits::Close(Type key) {
 bool CModuleTraits::Close(Type module) {
   return ::FreeLibrary(module) != FALSE;
 }
+
+bool CMemoryDCTraits::Close(Type dc) { return ::DeleteDC(dc) != FALSE; }
 
 bool CCertStoreTraits::Close(Type store) {
   return ::CertCloseStore(store, 0) != FALSE;
