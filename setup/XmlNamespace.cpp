@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <cstdio>
-
 #include "InstallLog.h"
 #include "Product.h"
 #include "TImportLibrary_Win.h"
@@ -19,23 +17,10 @@ const char cXmlNamespaceKey[] =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer\\XMLNamespace";
 using RegisterXMLNS = HRESULT(WINAPI*)(LPCWSTR uri, GUID clsid, BOOL machine);
 
-// The product's class as the GUID its text "{8-4-4-4-12 hex digits}" names.
-// Read here rather than by ole32, which the program would load at start for
-// nothing else.
 bool ProductClassGuid(GUID& guid) {
-  unsigned long data1 = 0;
-  unsigned int data2 = 0, data3 = 0, b[8] = {};
-  int end = 0;
-  const int fields =
-      std::sscanf(cProductClassId, "{%8lx-%4x-%4x-%2x%2x-%2x%2x%2x%2x%2x%2x}%n",
-                  &data1, &data2, &data3, &b[0], &b[1], &b[2], &b[3], &b[4],
-                  &b[5], &b[6], &b[7], &end);
-  if (fields != 11 || end != 38 || cProductClassId[end] != '\0') return false;
-  guid.Data1 = data1;
-  guid.Data2 = static_cast<unsigned short>(data2);
-  guid.Data3 = static_cast<unsigned short>(data3);
-  for (int i = 0; i < 8; ++i) guid.Data4[i] = static_cast<unsigned char>(b[i]);
-  return true;
+  wchar_t text[64] = L"";
+  return ::MultiByteToWideChar(CP_ACP, 0, cProductClassId, -1, text, 64) > 0 &&
+         SUCCEEDED(::CLSIDFromString(text, &guid));
 }
 
 }  // namespace
