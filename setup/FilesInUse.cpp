@@ -17,17 +17,20 @@ namespace {
 
 // A file another program holds can't be opened for exclusive writing. A
 // read-only one is opened for exclusive reading instead: its deletion takes
-// the attribute off first.
+// the attribute off first. A file that is not there is held by no one.
 bool IsHeld(const char* path) {
   HANDLE opened = ::CreateFileA(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                 FILE_ATTRIBUTE_NORMAL, nullptr);
-  const DWORD attributes = ::GetFileAttributesA(path);
-  if (opened == INVALID_HANDLE_VALUE &&
-      ::GetLastError() == ERROR_ACCESS_DENIED &&
-      attributes != INVALID_FILE_ATTRIBUTES &&
-      (attributes & FILE_ATTRIBUTE_READONLY))
-    opened = ::CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                           FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (opened == INVALID_HANDLE_VALUE) {
+    const DWORD error = ::GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+      return false;
+    const DWORD attributes = ::GetFileAttributesA(path);
+    if (error == ERROR_ACCESS_DENIED && attributes != INVALID_FILE_ATTRIBUTES &&
+        (attributes & FILE_ATTRIBUTE_READONLY))
+      opened = ::CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                             FILE_ATTRIBUTE_NORMAL, nullptr);
+  }
   return !Tern::CScopedFileHandle(opened).IsValid();
 }
 
@@ -45,6 +48,10 @@ class CHeldFileSearch : public Tern::CFileSystem::CVisitor {
 };
 
 }  // namespace
+
+bool IsHeldFile(const CPath& path) {
+  return IsHeld(path.OSToPathString().Chars());
+}
 
 bool FileIsInUse(const CPath& path) {
   CLogBlock block("Check if file is in-use");

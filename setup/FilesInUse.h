@@ -6,7 +6,9 @@
 
 namespace Zendra {
 
-// True when the file exists and another program holds it; logged.
+// True when the file exists and another program holds it; not logged.
+bool IsHeldFile(const Tern::CPath& path);
+// The same, logged.
 bool FileIsInUse(const Tern::CPath& path);
 // The first file below `dir` (at any depth) that another program holds;
 // false when there is none. Not logged.

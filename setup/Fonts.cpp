@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "FilesInUse.h"
 #include "FolderCopy.h"
 #include "InstallLog.h"
 #include "Product.h"
@@ -56,7 +57,32 @@ bool FontFailureIsAcceptable(const char* name, CError code,
   return false;
 }
 
+// The folder is shared with the maker's other products: only the product's
+// own fonts go, read-only ones too, so that fresh copies take their place.
+bool DeleteProductFonts(const CPath& fontsDir) {
+  CLocalFileSystem& lfs = CLocalFileSystem::Instance();
+  bool ok = true;
+  for (const char* name : cFontFiles) {
+    CPath font = fontsDir;
+    CError deleted = font.AppendComponent(name);
+    if (Tern::Succeeded(deleted)) deleted = lfs.RemoveFile(font, true);
+    ok = (deleted == Tern::E_NotFound || LogStatus(deleted, name)) && ok;
+  }
+  return ok;
+}
+
 }  // namespace
+
+bool FindHeldFont(const CPath& fontsDir, CPath& held) {
+  for (const char* name : cFontFiles) {
+    CPath font = fontsDir;
+    if (Tern::Succeeded(font.AppendComponent(name)) && IsHeldFile(font)) {
+      held = font;
+      return true;
+    }
+  }
+  return false;
+}
 
 bool InstallFonts(CInstallContext& context) {
   if (!context.installFonts) return true;
@@ -64,10 +90,9 @@ bool InstallFonts(CInstallContext& context) {
   LogText("InstallFonts( src = '%s', dest = '%s' )\n",
           context.setupDir.OSToPathString().Chars(),
           fontsDir.OSToPathString().Chars());
-  CLocalFileSystem& lfs = CLocalFileSystem::Instance();
   if (!CreateInstallDirectory("Fonts", fontsDir) ||
-      !LogStatus(lfs.DeleteDirectoryContents(fontsDir, true),
-                 "Failed to empty Fonts folder."))
+      !LogStep(DeleteProductFonts(fontsDir),
+               "Failed to delete Zendra's fonts in the Fonts folder."))
     return false;
 
   bool ok = true;
@@ -96,7 +121,7 @@ void NoteFontPaths(const CInstallContext& context, CLongestPath& longest) {
   const bool known = Tern::Succeeded(CLocalFileSystem::Instance().GetDirectory(
       CLocalFileSystem::dtFontsDir, systemFonts));
   for (const char* name : cFontFiles) {
-    longest.Note(context.setupDir, name);
+    longest.NoteSource(context.setupDir, name);
     longest.Note(context.fontsDir, name);
     if (known) longest.Note(systemFonts, name);
   }

@@ -21,34 +21,57 @@ const char cPathTooLong[] =
     "Zendra can't be installed from here: the path '%s' is %d characters "
     "long, and Windows allows at most %d.\n\nRun Setup from a folder with a "
     "shorter path. Nothing has been changed.";
+const char cFileMissing[] =
+    "Zendra can't be installed from here: '%s' is missing.\n\nCopy the "
+    "product again as it was shipped, and run Setup from there. Nothing has "
+    "been changed.";
+const char cInstalledFolder[] =
+    "Zendra can't be installed from '%s': that is where Zendra is installed, "
+    "and the install replaces what is there.\n\nTo repair Zendra, run Setup "
+    "from the folder the product was shipped in. Nothing has been changed.";
 
-// The files the install deletes first: the product's fonts folder, which
-// the font step empties, and the install folder. (An install folder in use
-// was swapped for a numbered one before; this one is in use only when no
-// numbered folder could be found.)
+// The files the install replaces first: the product's fonts in its fonts
+// folder, and the install folder. (An install folder in use was swapped for
+// a numbered one before; this one is in use only when no numbered folder
+// could be found.)
 bool FindHeldFile(const CInstallContext& context, CPath& held) {
-  return (context.installFonts && FindFileInUse(context.fontsDir, held)) ||
+  return (context.installFonts && FindHeldFont(context.fontsDir, held)) ||
          FindFileInUse(context.installDir, held);
+}
+
+// Why the install can't go ahead, or empty when it can: the source is the
+// installed folder, a file is held, a path is too long, or a source file is
+// missing.
+CStr ReasonToRefuse(const CInstallContext& context, CLongestPath& longest) {
+  CStr reason;
+  CPath held;
+  if (context.sourceIsProductFolder) {
+    reason.Format(cInstalledFolder, context.setupDir.OSToPathString().Chars());
+    return reason;
+  }
+  if (FindHeldFile(context, held)) {
+    reason.Format(cFileInUse, held.OSToPathString().Chars());
+    return reason;
+  }
+  NoteFontPaths(context, longest);
+  NoteInstallPaths(context, longest);
+  NoteWordMacroPaths(longest);
+  // A path too long can't be looked up either: that is said first.
+  if (!longest.Fits())
+    reason.Format(cPathTooLong, longest.Longest().Chars(),
+                  static_cast<int>(longest.Longest().Length()),
+                  static_cast<int>(CLongestPath::cLimit));
+  else if (!longest.FirstMissing().IsEmpty())
+    reason.Format(cFileMissing, longest.FirstMissing().Chars());
+  return reason;
 }
 
 }  // namespace
 
 bool InstallCanFinish(CInstallContext& context) {
   CLogBlock block("Check that the install can finish");
-  CStr reason;
-  CPath held;
   CLongestPath longest;
-  if (FindHeldFile(context, held)) {
-    reason.Format(cFileInUse, held.OSToPathString().Chars());
-  } else {
-    NoteInstallPaths(context, longest);
-    NoteFontPaths(context, longest);
-    NoteWordMacroPaths(longest);
-    if (!longest.Fits())
-      reason.Format(cPathTooLong, longest.Longest().Chars(),
-                    static_cast<int>(longest.Longest().Length()),
-                    static_cast<int>(CLongestPath::cLimit));
-  }
+  const CStr reason = ReasonToRefuse(context, longest);
   if (reason.IsEmpty()) {
     LogText(
         "No file to replace is in use; the longest path is '%s' (%d "

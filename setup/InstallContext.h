@@ -27,6 +27,9 @@ struct CInstallContext {
   Tern::CPath installDir;  // Program Files\Orvane\Zendra, or a numbered one
   Tern::CPath fontsDir;    // Program Files\Orvane\Common\Fonts\TrueType
   Tern::CStr versionText;  // the product version being installed
+  // Setup runs from a folder the product is installed in: an install from
+  // there would empty its own source.
+  bool sourceIsProductFolder = false;
   bool silent = false;
   bool installFonts = true;
   bool disableVersionChecks = false;

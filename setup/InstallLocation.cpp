@@ -1,7 +1,5 @@
 #include "InstallLocation.h"
 
-#include <windows.h>
-
 #include "FilesInUse.h"
 #include "InstallFolders.h"
 #include "InstallLog.h"
@@ -115,30 +113,36 @@ void CInstallLocation::DetectInstalledCopy() {
                         : "Zendra not installed.\n");
 }
 
-namespace {
-
-bool SameFolder(const CPath& a, const CPath& b) {
-  return ::lstrcmpiA(a.OSToPathString().Chars(), b.OSToPathString().Chars()) ==
-         0;
+bool CInstallLocation::DetectedFolder(CPath& folder) const {
+  CPath server;
+  return !mInstalledServerPath.IsEmpty() &&
+         Tern::Succeeded(server.Set(mInstalledServerPath.Chars())) &&
+         Tern::Succeeded(server.GetComponent(CPath::ctDir, folder));
 }
 
-}  // namespace
+// Compared by the folders' long forms: Setup may run through a short (8.3)
+// name, and the registry may hold either.
+bool CInstallLocation::IsInstallFolder(const CPath& dir) const {
+  CPath longDir, parent;
+  CStr name;
+  return Tern::Succeeded(LFS().GetLongForm(dir, longDir)) &&
+         Tern::Succeeded(longDir.GetComponent(CPath::ctDir, parent)) &&
+         LFS().IsSameItem(parent, mMakerDir) &&
+         Tern::Succeeded(longDir.GetComponentString(CPath::ctFile, name)) &&
+         IsInstallFolderName(name);
+}
+
+bool CInstallLocation::IsProductFolder(const CPath& dir) const {
+  CPath detected;
+  return (DetectedFolder(detected) && LFS().IsSameItem(dir, detected)) ||
+         IsInstallFolder(dir);
+}
 
 bool CInstallLocation::RunsFromInstalledFolder() const {
-  CPath installed = mInstallDir, server;
-  const bool detected =
-      !mInstalledServerPath.IsEmpty() &&
-      Tern::Succeeded(server.Set(mInstalledServerPath.Chars())) &&
-      Tern::Succeeded(server.GetComponent(CPath::ctDir, installed));
-  bool same = SameFolder(mSetupDir, installed);
-  if (!same && !detected) {
-    CPath parent;
-    CStr name;
-    same = Tern::Succeeded(mSetupDir.GetComponent(CPath::ctDir, parent)) &&
-           SameFolder(parent, mMakerDir) &&
-           Tern::Succeeded(mSetupDir.GetComponentString(CPath::ctFile, name)) &&
-           IsInstallFolderName(name);
-  }
+  CPath installed = mInstallDir;
+  const bool same = DetectedFolder(installed)
+                        ? LFS().IsSameItem(mSetupDir, installed)
+                        : IsInstallFolder(mSetupDir);
   if (same) return true;
   CStr why;
   why.Format(

@@ -23,6 +23,11 @@ class CInstallLocation {
   // detected; otherwise from one of the folders an install would use.
   // Anything else is logged as a failure that removes nothing.
   bool RunsFromInstalledFolder() const;
+  // Whether `dir` is Program Files\Orvane\Zendra or one of its numbered
+  // twins: the folders an install puts the product in.
+  bool IsInstallFolder(const Tern::CPath& dir) const;
+  // The same, or the folder of the copy detected as installed.
+  bool IsProductFolder(const Tern::CPath& dir) const;
   // When the installed components are locked, the install goes to a fresh
   // numbered folder beside the usual one: Zendra001, Zendra002, ...
   bool FindNewInstallDir();
@@ -40,6 +45,8 @@ class CInstallLocation {
   bool ReadSetupVersion();
   bool InitInstallDirs();
   void DetectInstalledCopy();
+  // The folder of the detected copy's server; false when none was detected.
+  bool DetectedFolder(Tern::CPath& folder) const;
 
   Tern::CPath mSetupDir;
   Tern::CPath mMakerDir;

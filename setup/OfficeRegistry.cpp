@@ -106,6 +106,18 @@ bool RegKeyExists(const COfficeKey& where, Int view) {
   return OpenInView(key, where, Tern::rmRead);
 }
 
+bool FoundInOtherView(const char* regPath, const CStr& name, const char* what) {
+  COfficeKey where;
+  if (OfficeView() != Tern::rv32BitView || !IniParsePath(regPath, where) ||
+      !RegKeyExists(where, Tern::rv64BitView))
+    return false;
+  LogText(
+      "%s found in the 64-bit registry view only (%s): Bitness mismatch, the "
+      "32-bit %s is of no use to a 64-bit Office, so none is placed for it.\n",
+      name.Chars(), regPath, what);
+  return true;
+}
+
 bool ReadOfficeString(const COfficeKey& where, const char* name, CStr& value) {
   CWinRegKey key(OfficeView());
   return OpenInView(key, where, Tern::rmRead) && key.GetString(name, value) &&

@@ -40,6 +40,12 @@ bool RegDeleteKeyInView(const COfficeKey& key, bool use64BitVersion);
 Tern::Int OfficeView();
 // Whether the key exists in the view (a Tern::RegView).
 bool RegKeyExists(const COfficeKey& key, Tern::Int view);
+// On a 64-bit system, an Office application whose key ("REG*..." form) is
+// only in the 64-bit view is a 64-bit one, which has no use for the
+// product's 32-bit `what`: logged as found there, with the reason nothing is
+// placed for it. False when the key is not there either.
+bool FoundInOtherView(const char* regPath, const Tern::CStr& name,
+                      const char* what);
 // A string value of the key in Office's view; false when missing or empty.
 bool ReadOfficeString(const COfficeKey& key, const char* name,
                       Tern::CStr& value);

@@ -41,12 +41,17 @@ const PowerPtRow InstallPowerPt[5] = {
 
 #undef ZN_POWERPOINT_ROW
 
-// Present when the key of the install key (up to its last backslash) exists.
-bool IsPresent(const PowerPtRow& row) {
+// The application's key: the install key up to its last backslash.
+CStr ApplicationKey(const PowerPtRow& row) {
   CStr keyPath(row.installKey);
   keyPath.Truncate(keyPath.Length() - 1);
+  return keyPath;
+}
+
+bool IsPresent(const PowerPtRow& row) {
   COfficeKey key;
-  return IniParsePath(keyPath.Chars(), key) && RegKeyExists(key, OfficeView());
+  return IniParsePath(ApplicationKey(row).Chars(), key) &&
+         RegKeyExists(key, OfficeView());
 }
 
 CStr AddInName(const PowerPtRow& row) {
@@ -102,8 +107,9 @@ bool InstallMSPowerPtAddIns(CInstallContext& context) {
   bool ok = true;
   for (const PowerPtRow& row : InstallPowerPt) {
     if (!IsPresent(row)) {
-      LogText("InstallMSPowerPtAddIns NOT installing: %s\n",
-              GetResStr(row.nameID).Chars());
+      const CStr name = GetResStr(row.nameID);
+      LogText("InstallMSPowerPtAddIns NOT installing: %s\n", name.Chars());
+      FoundInOtherView(ApplicationKey(row).Chars(), name, "add-in");
       continue;
     }
     ok = InstallRow(context.installDir, row) && ok;

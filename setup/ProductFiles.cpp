@@ -189,11 +189,11 @@ bool InstallExtraFiles(CInstallContext& context) {
 
 void NoteInstallPaths(const CInstallContext& context, CLongestPath& longest) {
   for (const CComponent& component : cComponents) {
-    longest.Note(context.setupDir, component.file);
+    longest.NoteSource(context.setupDir, component.file);
     longest.Note(context.installDir, component.file);
   }
   for (const char* name : cExtraFiles) {
-    longest.Note(context.setupDir, name);
+    longest.NoteSource(context.setupDir, name);
     longest.Note(context.installDir, name);
   }
   for (const CSubfolder* subfolder :
@@ -235,6 +235,12 @@ bool DeleteInstalledFiles(CInstallContext& context) {
         LogStatus(LFS().RemoveFile(movedConfig, true),
                   "Delete the older Zendra.ovc in the temporary folder", false);
       moved = LogStatus(LFS().Move(config, movedConfig), "Move Zendra.ovc");
+      // A move to another drive copies: one that failed (a full disk) may
+      // leave a part of the file there, while the original is still here.
+      if (!moved && LFS().GetItemType(config) == Tern::S_FSIsFile &&
+          LFS().GetItemType(movedConfig) == Tern::S_FSIsFile)
+        LogStatus(LFS().RemoveFile(movedConfig, true),
+                  "Delete the Zendra.ovc that could not be moved whole", false);
     }
   }
   LogText("Deleting contents of directory: %s.\n",

@@ -23,24 +23,72 @@ const char cBatchText[] =
     "\"%s\"\r\ndel \"%s\"\r\n";
 const DWORD cSuspendedAtIdle = CREATE_SUSPENDED | IDLE_PRIORITY_CLASS;  // 68
 
-// False only when the file can't be created: a failed write is logged, and
-// the batch still runs (an empty or partial one deletes nothing it should
-// not, and ends).
-bool CreateBatchFile(const CStr& batch, const CStr& setup, const CStr& dir) {
-  CScopedFileHandle file(::CreateFileA(
-      batch.Chars(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-  if (!LogStep(file.IsValid(), "Create batch file", false)) return false;
-  CStr text;
-  text.Format(cBatchText, setup.Chars(), setup.Chars(), dir.Chars(),
-              batch.Chars());
-  DWORD written = 0;
-  const BOOL wrote =
-      ::WriteFile(file.Get(), text.Chars(), static_cast<DWORD>(text.Length()),
-                  &written, nullptr);
-  LogStep(wrote && written == static_cast<DWORD>(text.Length()),
-          "Write batch file", false);
+// Whether every character of the text is plain ASCII, which reads the same
+// in every code page.
+bool IsAscii(const CStr& text) {
+  for (const char* c = text.Chars(); *c; ++c)
+    if (static_cast<unsigned char>(*c) >= 0x80) return false;
   return true;
+}
+
+// The path as cmd.exe reads it from a batch file, in the OEM code page, where
+// Setup writes the ANSI one: as it is when plain ASCII, else its short (8.3)
+// form, which is, or else the same characters in the OEM code page. False
+// when none can name it: a batch file must not delete what a changed letter
+// names.
+bool BatchPath(const CStr& path, CStr& result) {
+  result = path;
+  if (IsAscii(result)) return true;
+  char shortPath[MAX_PATH] = "";
+  const DWORD n = ::GetShortPathNameA(path.Chars(), shortPath, MAX_PATH);
+  if (n > 0 && n < MAX_PATH) result = shortPath;
+  if (IsAscii(result)) return true;
+  wchar_t wide[MAX_PATH] = L"";
+  char oem[2 * MAX_PATH] = "";
+  BOOL lossy = FALSE;
+  if (!::MultiByteToWideChar(CP_ACP, 0, path.Chars(), -1, wide, MAX_PATH) ||
+      !::WideCharToMultiByte(CP_OEMCP, WC_NO_BEST_FIT_CHARS, wide, -1, oem,
+                             sizeof oem, nullptr, &lossy) ||
+      lossy)
+    return false;
+  result = oem;
+  return true;
+}
+
+// The batch file's text, each path as cmd.exe will read it.
+bool BatchText(const CStr& batch, const CStr& setup, const CStr& dir,
+               CStr& text) {
+  CStr batchPath, setupPath, dirPath;
+  if (!LogStep(BatchPath(batch, batchPath) && BatchPath(setup, setupPath) &&
+                   BatchPath(dir, dirPath),
+               "Name the paths in the batch file's code page"))
+    return false;
+  text.Format(cBatchText, setupPath.Chars(), setupPath.Chars(), dirPath.Chars(),
+              batchPath.Chars());
+  return true;
+}
+
+// A batch file that can't be written whole is deleted, not run: a partial
+// one could stop anywhere in its loop.
+bool CreateBatchFile(const CStr& batch, const CStr& setup, const CStr& dir) {
+  {
+    CScopedFileHandle file(::CreateFileA(
+        batch.Chars(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    if (!LogStep(file.IsValid(), "Create batch file", false)) return false;
+    CStr text;
+    DWORD written = 0;
+    if (BatchText(batch, setup, dir, text) &&
+        LogStep(
+            ::WriteFile(file.Get(), text.Chars(),
+                        static_cast<DWORD>(text.Length()), &written, nullptr) &&
+                written == static_cast<DWORD>(text.Length()) && file.Close(),
+            "Write batch file", false))
+      return true;
+  }
+  LogStep(::DeleteFileA(batch.Chars()) != FALSE,
+          "Delete the batch file that could not be written", false);
+  return false;
 }
 
 // Starts the batch suspended at idle priority, lets Setup win the race, then

@@ -204,6 +204,7 @@ void CZendraSetupApp::InstallSequence() {
     return;
   }
   if (!OpenLogAndPrepare("Zendra Install <Num>.log", true)) {
+    SetExitCode(exitFailure);  // nothing was installed
     FailureMessage(cInstallFailed);
     return;
   }
@@ -240,6 +241,7 @@ void CZendraSetupApp::RemovalSequence() {
     return;
   }
   if (!OpenLogAndPrepare("Zendra Uninstall.log", false)) {
+    SetExitCode(exitFailure);  // nothing was removed
     FailureMessage(cRemovalFailed);
     return;
   }
@@ -278,24 +280,38 @@ void CZendraSetupApp::ProtocolHandlerRemovalSequence() {
     NoPermission("remove");
     return;
   }
-  // When the preparation fails the success message is shown all the same:
-  // there is nothing this removal could do then.
-  if (OpenLogAndPrepare("Zendra Uninstall.log", false)) {
-    mLocation.SetInstallDir(mLocation.SetupDir());
-    NoteMissingConfiguration();
-    if (!mLocation.IsInstalled()) {
-      CInstallContext context = MakeContext();
-      LogText("Deleting contents of directory: %s.\n",
-              context.installDir.OSToPathString().Chars());
-      DeleteAllThatCanGo(context.installDir);  // failures are ignored
-      if (!LogStep(RemoveSetupProgram(context), "Removing Setup")) {
-        SetExitCode(exitFailure);
-        FailureMessage(cHandlerRemovalFailed);
-        return;
-      }
+  if (!OpenLogAndPrepare("Zendra Uninstall.log", false)) {
+    SetExitCode(exitFailure);  // nothing was removed
+    FailureMessage(cHandlerRemovalFailed);
+    return;
+  }
+  mLocation.SetInstallDir(mLocation.SetupDir());
+  NoteMissingConfiguration();
+  // With a copy installed, its folder stays for its own removal. Otherwise
+  // only a folder the product was installed in is deleted: Setup.exe may
+  // also have been started from Downloads or a share, among other files.
+  const CPath& dir = mLocation.SetupDir();
+  if (!mLocation.IsInstalled()) {
+    if (!mLocation.IsInstallFolder(dir)) {
+      LogText(
+          "Keeping '%s' and everything in it: it is not a folder Zendra was "
+          "installed in.\n",
+          dir.OSToPathString().Chars());
+    } else if (!DeleteHandlerFolder()) {
+      SetExitCode(exitFailure);
+      FailureMessage(cHandlerRemovalFailed);
+      return;
     }
   }
   MessageDialog(cHandlerRemoved, mkPlain);
+}
+
+bool CZendraSetupApp::DeleteHandlerFolder() {
+  CInstallContext context = MakeContext();
+  LogText("Deleting contents of directory: %s.\n",
+          context.installDir.OSToPathString().Chars());
+  DeleteAllThatCanGo(context.installDir);  // failures are ignored
+  return LogStep(RemoveSetupProgram(context), "Removing Setup");
 }
 
 CInstallContext CZendraSetupApp::MakeContext() {
@@ -304,6 +320,7 @@ CInstallContext CZendraSetupApp::MakeContext() {
   context.installDir = mLocation.InstallDir();
   context.fontsDir = mLocation.FontsDir();
   context.versionText = mLocation.SetupVersionText();
+  context.sourceIsProductFolder = mLocation.IsProductFolder(context.setupDir);
   context.silent = mSilent;
   context.installFonts = mInstallFonts;
   context.disableVersionChecks = mDisableVersionChecks;

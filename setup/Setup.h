@@ -36,6 +36,9 @@ class CZendraSetupApp : public Tern::CGUIApplication, public CMessageSink {
   void InstallSequence();
   void RemovalSequence();
   void ProtocolHandlerRemovalSequence();
+  // Deletes the folder Setup runs from, Setup.exe last; false when the
+  // batch file that deletes Setup.exe could not be started.
+  bool DeleteHandlerFolder();
 
   bool PermissionProbe() const;
   void NoPermission(const char* action);

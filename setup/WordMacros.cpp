@@ -187,7 +187,8 @@ bool FindStartupFolder(const WordRow& row, CStr& startupFolder) {
   COfficeKey wordKey;
   if (!IniParsePath(row.wordKey, wordKey) ||
       !RegKeyExists(wordKey, OfficeView())) {
-    LogText("regKeyFound is False: %s\n", row.wordKey + 4);
+    if (!FoundInOtherView(row.wordKey, GetResStr(row.nameID), "macro template"))
+      LogText("regKeyFound is False: %s\n", row.wordKey + 4);
     return false;
   }
   CStr path;

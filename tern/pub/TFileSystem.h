@@ -203,6 +203,8 @@ class CLocalFileSystem : public CFileSystem {
   static CLocalFileSystem& Instance();
 
   // By type, or by its name ("TempDir", "FontsDir", ...; case-sensitive).
+  // The temporary folder, like the program's and module's folders, is given
+  // in its short form when the ANSI code page can't write it.
   CError GetDirectory(Int dirType, CPath& dir);
   CError GetDirectory(const char* dirName, CPath& dir);
   CError GetVolumeFreeSpace(const CPath& path, unsigned long long& bytes);
@@ -210,6 +212,12 @@ class CLocalFileSystem : public CFileSystem {
   // The running program's file. Like the program's and module's folders, a
   // path the ANSI code page can't write is given in its short form.
   CError GetProgramFile(CPath& file);
+  // Whether two paths name the same file or folder, however they are
+  // spelled: short (8.3) or long names, upper or lower case.
+  bool IsSameItem(const CPath& a, const CPath& b);
+  // The path with its short (8.3) names in their long form, where the ANSI
+  // code page can write that; otherwise the path as given.
+  CError GetLongForm(const CPath& path, CPath& longPath);
   // Only command-line programs have a current directory to use.
   CError GetCurrentDir(CPath& dir);
   // 100-nanosecond intervals since 1601 (the platform's file time).

@@ -1,6 +1,8 @@
 #include <shlobj.h>
 #include <windows.h>
 
+#include <string>
+
 #include "FileHandle.h"
 #include "TApplication.h"
 #include "TFileSystem.h"
@@ -41,13 +43,11 @@ bool ToAnsi(const wchar_t* path, CStr& ansi) {
   return true;
 }
 
-// The module's file. A path with characters the ANSI code page lacks (the
-// ANSI call would put '?' in their place) is given in its short form, which
-// the volume makes of plain characters; without one the path can't be used.
-CError ModuleFile(HMODULE module, CPath& file) {
-  wchar_t path[MAX_PATH] = L"";
-  const DWORD n = ::GetModuleFileNameW(module, path, MAX_PATH);
-  if (n == 0 || n >= MAX_PATH) return n == 0 ? LastError() : E_BadArgument;
+// A path as the ANSI calls take it. One with characters the ANSI code page
+// lacks (the ANSI call would put '?' in their place: a user name in another
+// script, a folder named in it) is given in its short form, which the volume
+// makes of plain characters; without one the path can't be used.
+CError AnsiPath(const wchar_t* path, CPath& result) {
   CStr ansi;
   if (!ToAnsi(path, ansi)) {
     wchar_t shortPath[MAX_PATH] = L"";
@@ -55,7 +55,34 @@ CError ModuleFile(HMODULE module, CPath& file) {
     if (m == 0 || m >= MAX_PATH) return m == 0 ? LastError() : E_BadArgument;
     if (!ToAnsi(shortPath, ansi)) return E_BadName;
   }
-  return file.Set(ansi.Chars());
+  return result.Set(ansi.Chars());
+}
+
+CError ModuleFile(HMODULE module, CPath& file) {
+  wchar_t path[MAX_PATH] = L"";
+  const DWORD n = ::GetModuleFileNameW(module, path, MAX_PATH);
+  if (n == 0 || n >= MAX_PATH) return n == 0 ? LastError() : E_BadArgument;
+  return AnsiPath(path, file);
+}
+
+CError TempFolder(CPath& dir) {
+  wchar_t path[MAX_PATH] = L"";
+  const DWORD n = ::GetTempPathW(MAX_PATH, path);
+  if (n == 0 || n >= MAX_PATH) return n == 0 ? LastError() : E_BadArgument;
+  return AnsiPath(path, dir);
+}
+
+// The path in UTF-16 with every component in its long form, as far as the
+// path exists (the rest as given); false when it can't be had.
+bool LongForm(const CPath& path, std::wstring& result) {
+  const CStr ansi = path.OSToPathString();
+  wchar_t wide[MAX_PATH] = L"", full[MAX_PATH] = L"";
+  if (!::MultiByteToWideChar(CP_ACP, 0, ansi.Chars(), -1, wide, MAX_PATH))
+    return false;
+  const DWORD n = ::GetLongPathNameW(wide, full, MAX_PATH);
+  result = n > 0 && n < MAX_PATH ? full : wide;
+  while (result.size() > 3 && result.back() == L'\\') result.pop_back();
+  return true;
 }
 
 CError ModuleFolder(HMODULE module, CPath& dir) {
@@ -132,7 +159,7 @@ CError CLocalFileSystem::ResolveDirectory(Int dirType, CPath& dir) {
   char buf[MAX_PATH] = "";
   switch (dirType) {
     case dtTempDir:
-      return SetFromBuffer(dir, buf, ::GetTempPathA(260, buf), 260);
+      return TempFolder(dir);
     case dtDebugLogDir:
     case dtAppDir:
     case dtAppPrivateDir:
@@ -188,6 +215,23 @@ CError CLocalFileSystem::ResolveDirectory(Int dirType, CPath& dir) {
 
 CError CLocalFileSystem::GetProgramFile(CPath& file) {
   return ModuleFile(nullptr, file);
+}
+
+CError CLocalFileSystem::GetLongForm(const CPath& path, CPath& longPath) {
+  std::wstring wide;
+  CStr ansi;
+  if (!LongForm(path, wide) || !ToAnsi(wide.c_str(), ansi)) {
+    longPath = path;
+    return Ok;
+  }
+  return longPath.Set(ansi.Chars());
+}
+
+bool CLocalFileSystem::IsSameItem(const CPath& a, const CPath& b) {
+  std::wstring longA, longB;
+  return LongForm(a, longA) && LongForm(b, longB) &&
+         ::CompareStringOrdinal(longA.c_str(), -1, longB.c_str(), -1, TRUE) ==
+             CSTR_EQUAL;
 }
 
 CError CLocalFileSystem::GetCurrentDir(CPath& dir) {

@@ -169,6 +169,8 @@ TEST(Office, EveryVersionFoundGetsTheAddInsAndTheRemovalTakesOnlyThose) {
     SetInstallRoot(office, "PowerPoint", "");
   ASSERT_TRUE(
       CreateKey(cMachine, OfficeKey("15.0", "PowerPoint"), KEY_WOW64_32KEY));
+  ASSERT_TRUE(
+      CreateKey(cMachine, OfficeKey("12.0", "PowerPoint\\InstallRoot"), c64));
   const std::string other = OfficeKey("16.0", "PowerPoint") + "\\AddIns\\Other";
   ASSERT_TRUE(WriteString(cMachine, other, "Path", "C:\\o.ppam", c64));
   for (const char* key : cUserAgentKeys) {
@@ -193,6 +195,11 @@ TEST(Office, EveryVersionFoundGetsTheAddInsAndTheRemovalTakesOnlyThose) {
   for (const char* office : {"12.0", "15.0", "17.0"})
     for (REGSAM view : {static_cast<REGSAM>(KEY_WOW64_32KEY), c64})
       EXPECT_FALSE(KeyExists(cMachine, AddInKey(office), view)) << office;
+  EXPECT_TRUE(Contains(ReadLog(cLog),
+                       "PowerPoint 2007 found in the 64-bit registry view only "
+                       "(REG*HKEY_LOCAL_MACHINE\\Software\\Microsoft\\"
+                       "Office\\12.0\\PowerPoint\\InstallRoot): Bitness "
+                       "mismatch"));
   const std::string token = "Zendra " + Text(cUninstallKey, "DisplayVersion");
   for (const char* key : cUserAgentKeys)
     EXPECT_EQ((std::vector<std::string>{"Other 1.0", token}), Names(key));
@@ -226,7 +233,8 @@ TEST(Office, EveryVersionFoundGetsTheAddInsAndTheRemovalTakesOnlyThose) {
 
 // Word 2016's Startup folder is read-only and 2013's holds a read-only
 // template (run-fresh.sh lays both out), 2010's has no Startup folder, and
-// 2007 is a 64-bit Word, which has no use for the 32-bit template.
+// 2007 is a 64-bit Word, which has no use for the 32-bit template; so is
+// the Word registered only in the 64-bit registry view.
 TEST(WordMacros, FoldersThatCannotTakeTheTemplateAreExplained) {
   SourceFolder source;
   source.Standard();
@@ -238,6 +246,8 @@ TEST(WordMacros, FoldersThatCannotTakeTheTemplateAreExplained) {
   ASSERT_TRUE(CopyInto("C:\\windows\\sysnative\\notepad.exe",
                        "C:\\Office64\\WINWORD.EXE"));
   SetInstallRoot("12.0", "Word", "C:\\Office64\\");
+  ASSERT_TRUE(WriteString(cMachine, OfficeKey("17.0", "Word") + "\\InstallRoot",
+                          "PATH", "C:\\Office64\\", c64));
 
   TestSupport::ChildProcess setup(source.SetupExe(), "-i");
   std::vector<std::string> boxes = AnswerEveryBox(setup);
@@ -259,6 +269,12 @@ TEST(WordMacros, FoldersThatCannotTakeTheTemplateAreExplained) {
                        "locked.\r\n"))
       << log;
   EXPECT_TRUE(Contains(log, "Failure: Unable to copy Word Macros\r\n"));
+  EXPECT_TRUE(Contains(log,
+                       " found in the 64-bit registry view only (REG*HKEY_"
+                       "LOCAL_MACHINE\\Software\\Microsoft\\Office\\17.0\\"
+                       "Word): Bitness mismatch"))
+      << log;
+  EXPECT_FALSE(Contains(log, "Office\\17.0\\Word\r\n"));
   EXPECT_EQ("an older template\n",
             ReadText(InStartup("C:\\ZendraLocked\\TargetRoot")));
   EXPECT_FALSE(FileExists(InStartup("C:\\Office64")));

@@ -83,27 +83,33 @@ TEST(Faults, ADiskThatFillsUpAndReadOnlyMedia) {
   EXPECT_TRUE(Ended(RunSetup(installed + "\\Setup.exe", "-s -u"), 0));
   EXPECT_TRUE(WaitUntilGone(installed));
 
-  // The temporary folder on the full drive: the log takes the last page, the
-  // batch file's text can't be written. The removal is done, the batch file
-  // still started (Windows runs it empty; Wine can't).
+  // The temporary folder on the full drive: the log takes the last page,
+  // the batch file's text and the configuration's copy can't be written.
+  // What could not be written whole is deleted; Setup.exe, which only the
+  // batch file can delete, stays, and the removal says it failed. Once
+  // there is room, a second removal finishes.
   ASSERT_TRUE(
       SetReg(HKEY_LOCAL_MACHINE, cVersionKey, "ProgramFilesDir", programFiles));
   EXPECT_TRUE(Ended(RunSetup(cMedia + "Setup.exe", "-s -i"), 0));
-  const std::string temp = cSmallDrive + "Temp";
-  ASSERT_TRUE(::CreateDirectoryA(temp.c_str(), nullptr));
-  ::SetEnvironmentVariableA("TEMP", temp.c_str());
-  ::SetEnvironmentVariableA("TMP", temp.c_str());
+  const std::string temp = cSmallDrive + "Temp\\";
+  TempFolderSetting tempSetting(std::wstring(temp.begin(), temp.end()));
   FillDrive(cSmallDrive + "junk", 4096);
   // The log may end early: no footer to check.
-  TestSupport::ChildProcess(cInstallDir + "\\Setup.exe", "-s -u")
-      .WaitForExit(60000);
-  const std::string log =
-      ActionsTest::ReadText(temp + "\\Zendra Uninstall.log");
-  const std::size_t write = log.find("Failure: Write batch file\r\n");
-  EXPECT_NE(std::string::npos, write) << log;
-  EXPECT_NE(std::string::npos,
-            log.find(": Run batch file to delete Setup and install directory",
-                     write));
+  EXPECT_EQ(1, TestSupport::ChildProcess(cInstallDir + "\\Setup.exe", "-s -u")
+                   .WaitForExit(60000));
+  const std::string log = ActionsTest::ReadText(temp + "Zendra Uninstall.log");
+  EXPECT_NE(std::string::npos, log.find("Failure: Write batch file\r\n"))
+      << log;
+  EXPECT_EQ(std::string::npos, log.find("Run batch file")) << log;
+  for (const char* husk : {"OVDELSU.BAT", "Zendra.ovc"})
+    EXPECT_FALSE(FileExists(temp + husk)) << husk;
   EXPECT_FALSE(FileExists(cInstallDir + "\\Zendra.dll"));
+  EXPECT_TRUE(FileExists(cInstallDir + "\\Setup.exe"));
   EXPECT_FALSE(ActionsTest::KeyExists(HKEY_CLASSES_ROOT, cProductClass));
+  ASSERT_TRUE(::DeleteFileA((cSmallDrive + "junk").c_str()));
+  EXPECT_TRUE(Ended(RunSetup(cInstallDir + "\\Setup.exe", "-s -u"), 0,
+                    {"Zendra removed successfully."}));
+  EXPECT_TRUE(WaitUntilGone(cInstallDir));
+  for (const char* husk : {"OVDELSU.BAT", "Zendra.ovc"})
+    EXPECT_TRUE(WaitUntilGone(temp + husk)) << husk;
 }

@@ -110,6 +110,34 @@ Outcome RunSetup(const std::string& exe, const std::string& arguments) {
   return SetupRun(exe, arguments).Finish(true);
 }
 
+Outcome RunFromLinux(const std::string& exe, const std::string& arguments,
+                     const std::string& logName) {
+  const std::string log = TempDir() + logName;
+  ::DeleteFileA(log.c_str());
+  std::string commandLine =
+      "\"" + WindowsPath(ArgValue("wine")) + "\" \"" + exe + "\" " + arguments;
+  STARTUPINFOA startup = {};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION started = {};
+  Outcome run;
+  if (!::CreateProcessA(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0,
+                        nullptr, nullptr, &startup, &started))
+    return run;
+  ::CloseHandle(started.hThread);
+  ::CloseHandle(started.hProcess);
+  const std::regex footer(
+      "Exit code = '\\w+' \\((-?\\d+)\\)\\.\r\n\r\nZendra "
+      "log ends \\(error count = \\d+\\)\\.\r\n$");
+  std::smatch match;
+  for (int i = 0; i < 1200 && run.exitCode < 0; ++i, ::Sleep(100)) {
+    run.log = ActionsTest::ReadText(log);
+    if (std::regex_search(run.log, match, footer))
+      run.exitCode = std::stoi(match[1]);
+  }
+  run.logName = logName;
+  return run;
+}
+
 ::testing::AssertionResult Ended(const Outcome& run, int exitCode,
                                  const std::vector<std::string>& present,
                                  const std::vector<std::string>& absent) {
@@ -151,9 +179,22 @@ void Restart() {
 }
 
 std::string TempDir() {
-  char buf[MAX_PATH] = "";
-  ::GetTempPathA(sizeof buf, buf);
+  wchar_t temp[MAX_PATH] = L"", shortTemp[MAX_PATH] = L"";
+  ::GetTempPathW(MAX_PATH, temp);
+  char buf[2 * MAX_PATH] = "";
+  BOOL lossy = FALSE;
+  ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, temp, -1, buf, sizeof buf,
+                        nullptr, &lossy);
+  if (lossy && ::GetShortPathNameW(temp, shortTemp, MAX_PATH))
+    ::WideCharToMultiByte(CP_ACP, 0, shortTemp, -1, buf, sizeof buf, nullptr,
+                          nullptr);
   return buf;
+}
+
+TempFolderSetting::TempFolderSetting(const std::wstring& dir)
+    : mTemp(L"TEMP", dir), mTmp(L"TMP", dir) {
+  std::error_code ec;
+  fs::create_directories(dir, ec);
 }
 
 std::vector<std::string> LogFiles() {

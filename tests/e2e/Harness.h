@@ -83,6 +83,14 @@ class SetupRun {
 // A run that shows no window: nobody would answer one.
 Outcome RunSetup(const std::string& exe, const std::string& arguments);
 
+// A silent run started from Linux through Wine's own `wine` command, as in
+// a terminal: only such a start keeps the program's path as given, a short
+// (8.3) name included; a Windows program's start gets its long form. Windows
+// can't wait for a Linux process: the run has ended when its log `logName`
+// has its footer, which also gives the exit code.
+Outcome RunFromLinux(const std::string& exe, const std::string& arguments,
+                     const std::string& logName);
+
 // The run ended with `exitCode`, each of `present` in its log, none of
 // `absent`.
 ::testing::AssertionResult Ended(const Outcome& run, int exitCode,
@@ -98,11 +106,22 @@ void Answer(SetupRun& run, const std::string& text, int id = IDOK,
 // Setup.exe and its folder once Setup has ended.
 bool WaitUntilGone(const std::string& path);
 
+// The user's temporary folder (TEMP and TMP) for the runs started meanwhile,
+// made when missing.
+class TempFolderSetting {
+ public:
+  explicit TempFolderSetting(const std::wstring& dir);
+
+ private:
+  TestSupport::ScopedEnvironment mTemp, mTmp;
+};
+
 // Windows restarting, as far as the product is concerned: what waits for
 // the restart to be deleted is deleted (wineboot -r).
 void Restart();
 
-// The temporary folder (a trailing backslash), its "Zendra *.log" files.
+// The temporary folder (a trailing backslash; its short form when the ANSI
+// code page can't write it), its "Zendra *.log" files.
 std::string TempDir();
 std::vector<std::string> LogFiles();
 

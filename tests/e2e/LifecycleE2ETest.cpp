@@ -78,6 +78,20 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
   SourceFolder source("Source With Spaces");
   source.Standard();
   MakeOffice();
+  // Another Orvane product's font in the fonts folder the maker's products
+  // share, with its Fonts value, and its own folder beside.
+  const std::string otherFont = cFontsDir + "\\orvane_other.ttf";
+  const std::string otherFolder =
+      "C:\\Program Files (x86)\\Orvane\\Common\\Other Product";
+  const std::string otherFile = otherFolder + "\\settings.ini";
+  ActionsTest::MakeFolder(otherFolder);
+  ActionsTest::MakeFolder(cFontsDir);
+  ActionsTest::WriteText(otherFont, "another product's font");
+  ActionsTest::WriteText(otherFile, "kept");
+  const char cFontsKey[] =
+      "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts";
+  ASSERT_TRUE(SetReg(HKEY_LOCAL_MACHINE, cFontsKey, "Orvane Other (TrueType)",
+                     otherFont));
   const Residue::Snapshot before = Residue::Take();
   // Install logs take the first free number, a removal's replaces the last.
   ActionsTest::WriteText(TempDir() + "Zendra Install 1.log", "old one");
@@ -135,6 +149,18 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
       {"MessageDialog"}));
   EXPECT_EQ(1, Count(run.log, "Failure"));
   EXPECT_EQ(run.log, ReadText(cInstallDir + "\\" + run.logName));
+  EXPECT_EQ("another product's font", ReadText(otherFont));
+  EXPECT_EQ("kept", ReadText(otherFile));
+  EXPECT_EQ(otherFont, ActionsTest::FontsKeyValue("Orvane Other (TrueType)"));
+
+  // The installed Setup.exe taken for a repair: it would replace its own
+  // source, so it changes nothing and says where to run Setup from.
+  EXPECT_TRUE(Ended(RunSetup(cInstallDir + "\\Setup.exe", "-s -i"), 1,
+                    {"Zendra can't be installed from '" + cInstallDir +
+                         "': that is where Zendra is installed",
+                     "Zendra installation failed!"},
+                    {"Deleting contents", "Copy '"}));
+  EXPECT_EQ(19 + 18, CompareInstalledFiles(source.Dir()));
 
   // A repair finds the installed copy and the stored answer; nothing twice.
   SetupRun repair(source.SetupExe(), "-i");
@@ -145,7 +171,7 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
   ClickControl(notify, IDC_NOTIFY_NO);
   ClickControl(notify, IDOK);
   run = repair.Finish();
-  EXPECT_EQ("Zendra Install 4.log", run.logName);
+  EXPECT_EQ("Zendra Install 5.log", run.logName);
   EXPECT_EQ("old one", ReadText(TempDir() + "Zendra Install 1.log"));
   EXPECT_EQ("old three", ReadText(TempDir() + "Zendra Install 3.log"));
   EXPECT_TRUE(Ended(run, 0,

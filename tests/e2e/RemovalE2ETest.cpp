@@ -186,10 +186,36 @@ TEST(Removal, AfterAReadOnlySourceAndOnAMachineThatChanged) {
       ::Sleep(5);
     ASSERT_FALSE(FileExists(cInstallDir + "\\Zendra.ovc"));
   }  // ended here
-  EXPECT_TRUE(Ended(RunSetup(cInstalledSetup, "-s -u"), 0,
+  // Started through the folder's short name, it is still the installed one.
+  char shortSetup[MAX_PATH] = "";
+  ASSERT_NE(0u,
+            ::GetShortPathNameA(cInstalledSetup.c_str(), shortSetup, MAX_PATH));
+  ASSERT_EQ(std::string::npos, std::string(shortSetup).find("Program Files"));
+  EXPECT_TRUE(Ended(RunFromLinux(shortSetup, "-s -u", "Zendra Uninstall.log"),
+                    0,
                     {"Delete Zendra registry key and subkeys: already gone.",
                      "Delete XMLNamespace registry value.: already gone.",
                      "Zendra removed successfully."}));
   EXPECT_TRUE(WaitUntilGone(cInstallDir));
   EXPECT_FALSE(ClassExists());
+
+  // Letters outside ASCII in Program Files and in the temporary folder:
+  // cmd.exe reads the batch file in another code page than Setup's, and
+  // still deletes what Setup means.
+  const char cVersionKey[] = "Software\\Microsoft\\Windows\\CurrentVersion";
+  const std::string programFiles =
+      Reg(HKEY_LOCAL_MACHINE, cVersionKey, "ProgramFilesDir");
+  const std::string accented = "C:\\Programme \xC4mter";
+  ASSERT_TRUE(
+      SetReg(HKEY_LOCAL_MACHINE, cVersionKey, "ProgramFilesDir", accented));
+  TempFolderSetting temp(L"C:\\Temp Files\\J\u00fcrgen \u00c4mter");
+  ASSERT_TRUE(Ended(RunSetup(source.SetupExe(), "-s -i"), 0));
+  const std::string installed = accented + "\\Orvane\\Zendra";
+  EXPECT_TRUE(Ended(RunSetup(installed + "\\Setup.exe", "-s -u"), 0,
+                    {"Zendra removed successfully."}));
+  EXPECT_TRUE(WaitUntilGone(installed));
+  EXPECT_TRUE(WaitUntilGone(TempDir() + "OVDELSU.BAT"));
+  EXPECT_FALSE(ActionsTest::KeyExists(HKEY_LOCAL_MACHINE, cUninstallKey));
+  ASSERT_TRUE(
+      SetReg(HKEY_LOCAL_MACHINE, cVersionKey, "ProgramFilesDir", programFiles));
 }

@@ -72,14 +72,18 @@ TEST(Refusals, RunsSetupTurnsAwayChangeNothing) {
   EXPECT_TRUE(LogFiles().empty()) << "no log before a mode and a configuration";
 
   // No log can be opened in a temporary folder longer than the system
-  // allows: a silent run ends quietly, any other names the log it meant.
+  // allows, or that is a file: nothing is done, and the exit code says so;
+  // a run that is not silent names the log it meant.
   {
-    const std::string tooLong = "C:\\" + std::string(300, 'T');
-    ScopedEnvironment tmp("TMP", tooLong), temp("TEMP", tooLong);
-    EXPECT_TRUE(Ended(RunSetup(setup, "-s -i"), 0));
+    TempFolderSetting tooLong(L"C:\\" + std::wstring(300, L'T'));
+    EXPECT_TRUE(Ended(RunSetup(setup, "-s -i"), 1));
     SetupRun shown(setup, "-i");
     Answer(shown, "installation failed!\n\nSee \"Zendra Install 1.log\"");
-    EXPECT_TRUE(Ended(shown.Finish(), 0));
+    EXPECT_TRUE(Ended(shown.Finish(), 1));
+  }
+  {
+    TempFolderSetting aFile(L"C:\\ZendraE2E\\Source\\About.gif");
+    EXPECT_TRUE(Ended(RunSetup(setup, "-s -u"), 1));
   }
 
   // An Internet Explorer older than 6, or none.
@@ -106,12 +110,23 @@ TEST(Refusals, RunsSetupTurnsAwayChangeNothing) {
   EXPECT_FALSE(FileExists(cInstallDir + "\\Zendra.dll"));
   EXPECT_FALSE(FileExists(ActionsTest::SystemFontFile("qxextra.ttf")));
 
-  // With nothing installed, a protocol handler removal deletes its folder.
+  // With nothing installed, a protocol handler removal deletes the folder it
+  // runs from only when the product was installed there.
   EXPECT_TRUE(Ended(RunSetup(setup, "-s -uph"), 0,
-                    {"Deleting contents of directory: " + source.Dir(),
+                    {"Keeping '" + source.Dir() +
+                         "' and everything in it: it is not a folder Zendra "
+                         "was installed in.\r\n",
+                     "Protocol handler removed successfully."},
+                    {"Deleting contents of directory", "Remove the Setup"}));
+  EXPECT_TRUE(FileExists(setup));
+  ActionsTest::MakeFolder(cInstallDir);
+  for (const char* file : {"\\Setup.exe", "\\Zendra.ovc"})
+    ASSERT_TRUE(ActionsTest::CopyInto(source.Dir() + file, cInstallDir + file));
+  EXPECT_TRUE(Ended(RunSetup(cInstallDir + "\\Setup.exe", "-s -uph"), 0,
+                    {"Deleting contents of directory: " + cInstallDir,
                      "Protocol handler removed successfully."},
                     {"Start: Removing Setup"}));
-  EXPECT_TRUE(WaitUntilGone(source.Dir()));
+  EXPECT_TRUE(WaitUntilGone(cInstallDir));
 }
 
 TEST(InstallOptions, WhatTheCommandLineConfigurationAndRegistryAskFor) {

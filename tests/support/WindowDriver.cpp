@@ -215,17 +215,18 @@ void ClickControl(HWND dialog, int id) {
   ::Sleep(100);  // let the dialog react before it is looked at again
 }
 
-ScopedEnvironment::ScopedEnvironment(const char* name, const std::string& value)
+ScopedEnvironment::ScopedEnvironment(const wchar_t* name,
+                                     const std::wstring& value)
     : mName(name) {
-  std::vector<char> old(32768);
-  DWORD n = ::GetEnvironmentVariableA(name, old.data(), old.size());
+  std::vector<wchar_t> old(32768);
+  DWORD n = ::GetEnvironmentVariableW(name, old.data(), old.size());
   mHadValue = n > 0 && n < old.size();
   if (mHadValue) mOld.assign(old.data(), n);
-  ::SetEnvironmentVariableA(name, value.c_str());
+  ::SetEnvironmentVariableW(name, value.c_str());
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-  ::SetEnvironmentVariableA(mName, mHadValue ? mOld.c_str() : nullptr);
+  ::SetEnvironmentVariableW(mName, mHadValue ? mOld.c_str() : nullptr);
 }
 
 bool SaveScreenshot(HWND window, const std::string& name) {

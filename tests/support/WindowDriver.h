@@ -66,14 +66,14 @@ bool SaveScreenshot(HWND window, const std::string& name);
 // starts, for a scope.
 class ScopedEnvironment {
  public:
-  ScopedEnvironment(const char* name, const std::string& value);
+  ScopedEnvironment(const wchar_t* name, const std::wstring& value);
   ~ScopedEnvironment();
   ScopedEnvironment(const ScopedEnvironment&) = delete;
   ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 
  private:
-  const char* mName;
-  std::string mOld;
+  const wchar_t* mName;
+  std::wstring mOld;
   bool mHadValue = false;
 };
 
