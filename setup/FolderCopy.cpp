@@ -22,15 +22,43 @@ bool CopyOneFile(const char* name, const CPath& srcDir, const CPath& destDir) {
                    "Copying file");
 }
 
-bool CreateInstallDirectory(const char* label, const CPath& dir) {
-  LogText("creating %s directory = '%s'\n", label,
-          dir.OSToPathString().Chars());
-  return LogStatus(CLocalFileSystem::Instance().CreateDirectoryPath(dir),
-                   "Create directory.");
+namespace {
+
+const char cCannotCreateFolder[] =
+    "Unable to create Zendra folder (%s).\n\nYou must have permission to "
+    "install software in order to install Zendra.\nPlease log on with the "
+    "necessary permission, or contact your system administrator for help.";
+
+}  // namespace
+
+// Made first and asked about only when that fails: most folders an install
+// needs are new.
+bool CreateDirectoryBlock(const CInstallContext& context, const char* label,
+                          const CPath& dir) {
+  CStr blockName;
+  blockName.Format("Create %s directory", label);
+  CLogBlock block(blockName.Chars());
+  const CStr path = dir.OSToPathString();
+  const CError made = CLocalFileSystem::Instance().CreateDirectoryPath(dir);
+  if (made == Tern::S_FSIsDirectory)
+    LogText("directory '%s' already exists.\n", path.Chars());
+  if (LogStatus(made, "Create directory.")) return true;
+  CStr text;
+  text.Format(cCannotCreateFolder, path.Chars());
+  context.Message(text.Chars(), mkError);
+  return false;
 }
 
-CFolderCopy::CFolderCopy(const CPath& destDir, const char* label)
-    : mDestDir(destDir), mLabel(label) {}
+bool CreateInstallDirectory(const CInstallContext& context, const char* label,
+                            const CPath& dir) {
+  LogText("creating %s directory = '%s'\n", label,
+          dir.OSToPathString().Chars());
+  return CreateDirectoryBlock(context, label, dir);
+}
+
+CFolderCopy::CFolderCopy(const CInstallContext& context, const CPath& destDir,
+                         const char* label)
+    : mContext(context), mDestDir(destDir), mLabel(label) {}
 
 bool CFolderCopy::Walk(const CPath& srcDir) {
   CError type = CLocalFileSystem::Instance().GetItemType(srcDir);
@@ -72,8 +100,9 @@ CError CFolderCopy::Visit(Tern::CFileSystem&, const CPath& entry, CError type) {
   if (!LogStatus(err, "Form destination subdirectory")) return Tern::Failure;
   CStr subLabel = mLabel;
   subLabel += " subdirectory";
-  if (!CreateInstallDirectory(subLabel.Chars(), destSub)) return Tern::Failure;
-  CFolderCopy sub(destSub, mLabel.Chars());
+  if (!CreateInstallDirectory(mContext, subLabel.Chars(), destSub))
+    return Tern::Failure;
+  CFolderCopy sub(mContext, destSub, mLabel.Chars());
   return sub.WalkTree(entry);
 }
 

@@ -90,7 +90,7 @@ bool InstallFonts(CInstallContext& context) {
   LogText("InstallFonts( src = '%s', dest = '%s' )\n",
           context.setupDir.OSToPathString().Chars(),
           fontsDir.OSToPathString().Chars());
-  if (!CreateInstallDirectory("Fonts", fontsDir) ||
+  if (!CreateInstallDirectory(context, "Fonts", fontsDir) ||
       !LogStep(DeleteProductFonts(fontsDir),
                "Failed to delete Zendra's fonts in the Fonts folder."))
     return false;

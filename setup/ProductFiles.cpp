@@ -14,11 +14,6 @@ using Tern::CLocalFileSystem;
 
 namespace {
 
-const char cCannotCreateFolder[] =
-    "Unable to create Zendra folder (%s).\n\nYou must have permission to "
-    "install software in order to install Zendra.\nPlease log on with the "
-    "necessary permission, or contact your system administrator for help.";
-
 const char* const cExtraFiles[4] = {"Setup.exe", "VersionCheck.exe",
                                     "About.gif", "Zendra.ovc"};
 
@@ -36,9 +31,10 @@ const CSubfolder cLibLouisTables = {"Installing LibLouis Files",
 
 CLocalFileSystem& LFS() { return CLocalFileSystem::Instance(); }
 
-// "A/B" under `base`, creating each level when asked; `label` names the last.
+// "A/B" under `base`, creating each level when given the context; `label`
+// names the last.
 bool FormSubfolder(const CPath& base, const char* subfolder, const char* label,
-                   bool create, CPath& result) {
+                   const CInstallContext* create, CPath& result) {
   result = base;
   const char* part = subfolder;
   while (*part) {
@@ -47,7 +43,8 @@ bool FormSubfolder(const CPath& base, const char* subfolder, const char* label,
                           : Tern::Str::Length(part));
     if (!LogStatus(result.AppendComponent(name.Chars()), "AppendComponent"))
       return false;
-    if (create && !CreateInstallDirectory(slash ? name.Chars() : label, result))
+    if (create &&
+        !CreateInstallDirectory(*create, slash ? name.Chars() : label, result))
       return false;
     part = slash ? slash + 1 : part + name.Length();
   }
@@ -58,11 +55,11 @@ bool InstallSubfolder(const CInstallContext& context,
                       const CSubfolder& subfolder) {
   CLogBlock block(subfolder.startLine);
   CPath src, dest;
-  return FormSubfolder(context.setupDir, subfolder.path, subfolder.label, false,
-                       src) &&
+  return FormSubfolder(context.setupDir, subfolder.path, subfolder.label,
+                       nullptr, src) &&
          FormSubfolder(context.installDir, subfolder.path, subfolder.label,
-                       true, dest) &&
-         CFolderCopy(dest, subfolder.label).Walk(src);
+                       &context, dest) &&
+         CFolderCopy(context, dest, subfolder.label).Walk(src);
 }
 
 // Has what is left of `entry` deleted at the next restart, a folder after
@@ -140,19 +137,7 @@ bool EmptyInstallFolder(CInstallContext& context) {
 }
 
 bool CreateInstallFolder(CInstallContext& context) {
-  const CPath& dir = context.installDir;
-  CLogBlock block("Create Zendra directory");
-  if (LFS().GetItemType(dir) == Tern::S_FSIsDirectory) {
-    LogText("directory '%s' already exists.\n", dir.OSToPathString().Chars());
-    return true;
-  }
-  // The folders above it (Program Files\Orvane) may be missing too.
-  if (LogStatus(LFS().CreateDirectoryPath(dir), "Create directory."))
-    return true;
-  CStr text;
-  text.Format(cCannotCreateFolder, dir.OSToPathString().Chars());
-  context.Message(text.Chars(), mkError);
-  return false;
+  return CreateDirectoryBlock(context, "Zendra", context.installDir);
 }
 
 bool InstallComponentFiles(CInstallContext& context) {

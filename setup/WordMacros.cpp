@@ -132,27 +132,28 @@ void NormalizeInstallRoot(CStr& path) {
   if (path.IsEmpty() || path[path.Length() - 1] != '\\') path += "\\";
 }
 
-// "32", "64" or "unknown", logged as the image was found.
-CStr ImageBitness(const CStr& exe) {
+// "32", "64" or "unknown", logged as the image was found when `logged`.
+CStr ImageBitness(const CStr& exe, bool logged) {
   DWORD type = 0;
   if (!::GetBinaryTypeA(exe.Chars(), &type)) {
-    LogText("%s: GetBinaryType failed\n", exe.Chars());
+    if (logged) LogText("%s: GetBinaryType failed\n", exe.Chars());
     return "unknown";
   }
   const char* bits = type == SCS_64BIT_BINARY ? "64" : "32";
-  LogText("%s: was determined to be %s-bit\n", exe.Chars(), bits);
+  if (logged) LogText("%s: was determined to be %s-bit\n", exe.Chars(), bits);
   return bits;
 }
 
 // False when Word's image is known to be of another bitness than the row's:
 // a 32-bit template is then of no use to it.
-bool BitnessMatches(const CStr& installRoot, const WordRow& row) {
+bool BitnessMatches(const CStr& installRoot, const WordRow& row, bool logged) {
   CStr exe = installRoot;
   exe += "WINWORD.EXE";
-  const CStr gbt = ImageBitness(exe);
+  const CStr gbt = ImageBitness(exe, logged);
   CStr swb;
   swb.Format("%d", static_cast<int>(row.bitness));
   if (gbt == swb) return true;
+  if (!logged) return gbt == "unknown";
   CFormat line = LogTemplate(
       "Bitness mismatch: <path>, GetBinaryType: <gbt>, "
       "startupPath->wordBitness: <swb>\n");
@@ -181,14 +182,17 @@ void LogFindResult(const WordRow& row, const CStr& path, bool gotPath,
 }
 
 // The row's Startup folder: from "PATH" of the Word key's "InstallRoot",
-// else of the Common key's. False when the version is not there.
-bool FindStartupFolder(const WordRow& row, CStr& startupFolder) {
+// else of the Common key's. False when the version is not there. The Word
+// steps log what they find (`logged`); the check before any change asks
+// the same quietly, so that each finding is logged once, in its step.
+bool FindStartupFolder(const WordRow& row, CStr& startupFolder, bool logged) {
   const bool is64BitOS = OSIs64Bit();
   COfficeKey wordKey;
   if (!IniParsePath(row.wordKey, wordKey) ||
       !RegKeyExists(wordKey, OfficeView())) {
-    if (!FoundInOtherView(row.wordKey, GetResStr(row.nameID), "macro template"))
-      LogText("regKeyFound is False: %s\n", row.wordKey + 4);
+    if (logged &&
+        !FoundInOtherView(row.wordKey, GetResStr(row.nameID), "macro template"))
+      LogText("regKeyFound is False: %s\n", row.wordKey);
     return false;
   }
   CStr path;
@@ -196,8 +200,9 @@ bool FindStartupFolder(const WordRow& row, CStr& startupFolder) {
       ReadInstallRoot(row.wordKey, row, row.pathValue, path) ||
       ReadInstallRoot(row.commonKey, row, row.commonPathValue, path);
   if (gotPath) NormalizeInstallRoot(path);
-  const bool usable = gotPath && (!is64BitOS || BitnessMatches(path, row));
-  LogFindResult(row, path, gotPath, is64BitOS);
+  const bool usable =
+      gotPath && (!is64BitOS || BitnessMatches(path, row, logged));
+  if (logged) LogFindResult(row, path, gotPath, is64BitOS);
   startupFolder = path;
   startupFolder += "Startup";
   return usable;
@@ -209,7 +214,8 @@ void FindWordVersions(WordVersion (&versions)[cWordRowCount],
                       StartupList& startupList) {
   for (Int r = cWordRowCount - 1; r >= 0; --r) {
     WordVersion& version = versions[r];
-    version.present = FindStartupFolder(InstallWord[r], version.startupFolder);
+    version.present =
+        FindStartupFolder(InstallWord[r], version.startupFolder, true);
     if (version.present && StartupOwner(startupList, version.startupFolder) < 0)
       startupList.push_back({version.startupFolder, r});
   }
@@ -347,7 +353,7 @@ bool RemoveMSWordMacros(CInstallContext&) {
   bool ok = true;
   for (Int r = cWordRowCount - 1; r >= 0; --r) {
     CStr folder;
-    if (!FindStartupFolder(InstallWord[r], folder)) continue;
+    if (!FindStartupFolder(InstallWord[r], folder, true)) continue;
     CPath target(folder.Chars());
     ok = LogStatus(target.AppendComponent(InstallWord[r].macroFile),
                    "Append the macro file name") &&
@@ -359,7 +365,7 @@ bool RemoveMSWordMacros(CInstallContext&) {
 void NoteWordMacroPaths(CLongestPath& longest) {
   for (Int r = 0; r < cWordRowCount; ++r) {
     CStr folder;
-    if (FindStartupFolder(InstallWord[r], folder))
+    if (FindStartupFolder(InstallWord[r], folder, false))
       longest.Note(CPath(folder.Chars()), InstallWord[r].macroFile);
   }
 }

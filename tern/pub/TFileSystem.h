@@ -165,8 +165,8 @@ class CFileSystem {
   // Renames within the same directory.
   virtual CError Rename(const CPath& from, const char* newName);
 
-  // Creates `dir` and any missing folders above it; an existing folder is
-  // no error.
+  // Creates `dir` and any missing folders above it: Ok when it was made,
+  // S_FSIsDirectory (a success) when it was there already.
   CError CreateDirectoryPath(const CPath& dir);
 };
 

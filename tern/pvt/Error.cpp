@@ -100,6 +100,7 @@ const CErrorEntry gRegEntries[] = {
 
 const CErrorEntry gFontInstallerEntries[] = {
     {S_NewerFont.Code(), "S_NewerFont"},
+    {S_FontSkipped.Code(), "S_FontSkipped"},
     {E_BadFontFile.Code(), "E_BadFontFile"},
     {E_CantAddFontToOS.Code(), "E_CantAddFontToOS"},
     {E_CantRemoveFontFromOS.Code(), "E_CantRemoveFontFromOS"},

@@ -426,7 +426,8 @@ CError CFileSystem::CreateDirectoryPath(const CPath& dir) {
   // Something is there already (a folder is fine, a file is not), or the
   // system won't make a folder that exists, such as a drive's root.
   const CError there = RequireDirectory(dir);
-  return Succeeded(there) || made == E_AlreadyExists ? there : made;
+  if (Succeeded(there)) return S_FSIsDirectory;
+  return made == E_AlreadyExists ? there : made;
 }
 
 CError CFileSystem::QueryFile(const char* filename) {

@@ -232,10 +232,8 @@ CError CFontInstaller::SystemFontTarget(const CPath& src, const CStr& srcText,
   RemoveStrayFile(dest);
   status = EnsureUniqueFontName(dest);
   if (Failed(status))
-    return LogFailure(
-        "Could not find a free name in the Fonts folder for <font>, error "
-        "<error>",
-        srcText, status);
+    return LogFailure("EnsureUniqueFontName failed with error <error>", srcText,
+                      status);
   return Ok;
 }
 

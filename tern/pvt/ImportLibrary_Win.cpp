@@ -14,7 +14,7 @@ CImportLibrary::~CImportLibrary() { Unload(); }
 
 CError CImportLibrary::Load(const CPath& libPath) {
   TERN_ASSERT(libPath.IsValid());
-  TERN_ASSERT(!IsLoaded());
+  if (IsLoaded()) TERN_FAIL("mLib == 0");  // a second load
   if (!libPath.IsValid() || IsLoaded()) return E_BadArgument;
   if (const CExecModule* lib = CExecModule::Instance())
     TERN_ASSERT(lib->GetPhase() == execNormal);

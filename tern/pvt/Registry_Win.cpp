@@ -129,7 +129,11 @@ bool CWinRegKey::Open(const char* rootedPath, Int mode) {
     return FailAt(ERROR_BAD_PATHNAME, path);
   }
   CWinRegKey rootKey(mRegView);
-  rootKey.AttachRoot(root->handle);
+  // The current user's own hive where the system gives it (the predefined
+  // key may stand for another user's in a service or an impersonation).
+  if (root->handle != HKEY_CURRENT_USER || mRegView != rvDefaultView ||
+      !rootKey.OpenCurrentUser(mode))
+    rootKey.AttachRoot(root->handle);
   if (slash < 0 || slash + 1 >= path.Length()) {
     Take(std::move(rootKey.mKey), rootKey.mPath, mode);
     return true;

@@ -280,7 +280,8 @@ TEST(WordMacros, FoldersThatCannotTakeTheTemplateAreExplained) {
   EXPECT_FALSE(FileExists(InStartup("C:\\Office64")));
 }
 
-// A source font that is no font and a fonts key no one may write, settings
+// A file where the product's fonts folder goes, a source font that is no
+// font and a fonts key no one may write, settings
 // without the second licensee text, a component without its registration
 // entry point, a browser without the namespace registration, and another
 // MIME filter on one of the product's types: each run fails at the first
@@ -299,8 +300,19 @@ TEST(Faults, EachStepsFaultEndsTheInstallUntilMended) {
   ASSERT_TRUE(WriteString(HKEY_CURRENT_USER, "Software\\Wine\\DllOverrides",
                           "mshtml", "builtin"));
 
+  MakeFolder(cFontsDir.substr(0, cFontsDir.rfind('\\')));
+  WriteText(cFontsDir, "in the way");
   EXPECT_EQ(1, RunSetup(source, "-s -i"));
-  const std::string fonts = ReadLog(cLog);
+  ExpectFailedAt(ReadLog(cLog),
+                 "Start: Create Fonts directory {\r\n    Failure "
+                 "(E_FSNotDirectory, 0x80000403): Create directory.\r\n"
+                 "    MessageDialog (suppressed due to -s option):\r\n"
+                 "    Unable to create Zendra folder (" +
+                     cFontsDir + ").",
+                 "Installation of Zendra fonts");
+  ASSERT_TRUE(::DeleteFileA(cFontsDir.c_str()));
+  EXPECT_EQ(1, RunSetup(source, "-s -i"));
+  const std::string fonts = ReadLog("Zendra Install 2.log");
   ExpectFailedAt(fonts,
                  "Cannot install font: 'lafrak.ttf' (error: 'E_BadFontFile'",
                  "Installation of Zendra fonts");
@@ -308,7 +320,7 @@ TEST(Faults, EachStepsFaultEndsTheInstallUntilMended) {
       Contains(fonts, "InstallFont: Could not open fonts registry key"));
   // The fonts stay as that run left them: the later runs leave them out.
   EXPECT_EQ(1, RunSetup(source, "-s -i -nofonts"));
-  ExpectFailedAt(ReadLog("Zendra Install 2.log"),
+  ExpectFailedAt(ReadLog("Zendra Install 3.log"),
                  "Failure: Unable to read LicenseeAboutText2",
                  "Unable to add registry entries");
   // The machine's setting is taken before the user's.
@@ -317,13 +329,13 @@ TEST(Faults, EachStepsFaultEndsTheInstallUntilMended) {
   ASSERT_TRUE(WriteString(HKEY_CURRENT_USER, "SOFTWARE\\Orvane",
                           "LicenseeAboutText2", "the user's"));
   EXPECT_EQ(1, RunSetup(source, "-s -i -nofonts"));
-  ExpectFailedAt(ReadLog("Zendra Install 3.log"),
+  ExpectFailedAt(ReadLog("Zendra Install 4.log"),
                  "Success (Ok, 0x00000200): Load DLL\r\n"
                  "    Failure (E_NotFound, 0x80000202): Register DLL\r\n",
                  "Unable to register ZendraBHO");
   ASSERT_TRUE(CopyInto(SampleFile("ZendraBHO.dll"), bho));
   EXPECT_EQ(1, RunSetup(source, "-s -i -nofonts"));
-  ExpectFailedAt(ReadLog("Zendra Install 4.log"),
+  ExpectFailedAt(ReadLog("Zendra Install 5.log"),
                  "Failure: Find IERegisterXMLNS in mshtml.dll",
                  "Unable to add XMLNamespace.");
   ASSERT_TRUE(InstallBrowserStandIn());
@@ -334,12 +346,12 @@ TEST(Faults, EachStepsFaultEndsTheInstallUntilMended) {
   ASSERT_EQ(cMimeFilterClass, Text(type, "CLSID", HKEY_CLASSES_ROOT));
   ASSERT_TRUE(WriteString(HKEY_CLASSES_ROOT, type, "CLSID", "{1234}"));
   EXPECT_EQ(1, RunSetup(source, "-s -i -nofonts"));
-  EXPECT_TRUE(Contains(ReadLog("Zendra Install 5.log"), "Filter clashes!!!"));
+  EXPECT_TRUE(Contains(ReadLog("Zendra Install 6.log"), "Filter clashes!!!"));
   ASSERT_TRUE(WriteString(HKEY_CLASSES_ROOT, type, "CLSID", cMimeFilterClass));
 
   EXPECT_EQ(0, RunSetup(source, "-s -i -nofonts"));
   EXPECT_TRUE(
-      Contains(ReadLog("Zendra Install 6.log"), "Installation successful!"));
+      Contains(ReadLog("Zendra Install 7.log"), "Installation successful!"));
   EXPECT_EQ("the machine's", Text(cSettingsKey, "RO_LicenseeAboutText2"));
   EXPECT_EQ("ACME-7", Text(cSettingsKey, "RO_VendorId"));
 }

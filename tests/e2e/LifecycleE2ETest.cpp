@@ -149,6 +149,11 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
       {"MessageDialog"}));
   EXPECT_EQ(1, Count(run.log, "Failure"));
   EXPECT_EQ(run.log, ReadText(cInstallDir + "\\" + run.logName));
+  // Word is looked for once, in the Word step.
+  EXPECT_EQ(1, Count(run.log, "MS Word 16 (32-bit) found at"));
+  EXPECT_EQ(1, Count(run.log,
+                     "regKeyFound is False: REG*HKEY_LOCAL_MACHINE\\Software\\"
+                     "Microsoft\\Office\\17.0\\Word\r\n"));
   EXPECT_EQ("another product's font", ReadText(otherFont));
   EXPECT_EQ("kept", ReadText(otherFile));
   EXPECT_EQ(otherFont, ActionsTest::FontsKeyValue("Orvane Other (TrueType)"));
@@ -175,7 +180,10 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
   EXPECT_EQ("old one", ReadText(TempDir() + "Zendra Install 1.log"));
   EXPECT_EQ("old three", ReadText(TempDir() + "Zendra Install 3.log"));
   EXPECT_TRUE(Ended(run, 0,
-                    {"InstalledVersion = '4.2.0.0'.",
+                    {"Start: Create Fonts directory {\r\n    directory '" +
+                         cFontsDir + "' already exists.\r\n",
+                     "Start: Create LibLouis Tables directory {",
+                     "InstalledVersion = '4.2.0.0'.",
                      "server path from InprocServer32 key = '" + cInstallDir +
                          "\\Zendra.dll'.",
                      "Zendra already installed.", cInstalled},

@@ -8,6 +8,7 @@ using namespace Tern;
 TEST(Error, NamesAndWindowsNumbers) {
   EXPECT_STREQ("Ok", ErrorName(Ok));  // entered during static initialisation
   EXPECT_STREQ("E_CantAddFontToOS", ErrorName(E_CantAddFontToOS));
+  EXPECT_STREQ("S_FontSkipped", ErrorName(S_FontSkipped));
   EXPECT_STREQ("(unknown error)", ErrorName(CError::Make(true, modGen, 14)));
   EXPECT_EQ(E_NoAccess, ErrorFromWindows(5));
   // Ordinary failures, not internal errors: a full disk, a path too long,

@@ -43,6 +43,19 @@ class RegistryTest : public ::testing::Test {
 
 }  // namespace
 
+// The current user's root is the user's own hive, not the predefined key
+// that stands for it: the same values, through a handle of its own.
+TEST_F(RegistryTest, TheCurrentUsersRootIsTheUsersHive) {
+  CWinRegKey root, mine;
+  ASSERT_TRUE(root.Open("HKEY_CURRENT_USER", rmRead));
+  EXPECT_NE(static_cast<void*>(HKEY_CURRENT_USER), root.Handle());
+  ASSERT_TRUE(mine.Open((cTests + "\\Hive").c_str(), rmCreate));
+  EXPECT_TRUE(mine.SetString("Seen", "yes"));
+  EXPECT_EQ("yes",
+            TestSupport::RegistryString(HKEY_CURRENT_USER,
+                                        "Software\\ZendraTests\\Hive", "Seen"));
+}
+
 TEST_F(RegistryTest, ValuesWrittenReadListedAndFailuresKept) {
   CWinRegKey key;
   ASSERT_TRUE(key.Open((cTests + "\\V").c_str(), rmCreate));

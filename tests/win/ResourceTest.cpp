@@ -57,6 +57,7 @@ TEST(ImportLibrary, EntryResultsBecomeStatuses) {
   EXPECT_EQ(Ok, lib.Register());
   EXPECT_EQ(Failure, lib.Register());  // a negative result
   EXPECT_EQ(Ok, lib.Unregister());     // S_FALSE
+  EXPECT_ASSERTION(lib.Load(Library("registering-dll")), "mLib == 0");
 }
 
 // The hidden window is made on the first request, of the application's own
