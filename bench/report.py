@@ -6,6 +6,7 @@
                                    "run <1x|10x> <kind> <ms> <files> <ok|failed>"
 """
 import json
+import itertools
 import statistics
 import sys
 from collections import defaultdict
@@ -146,13 +147,16 @@ def install(path):
     print("| growth 1x->10x | " + " | ".join(
         f"{growth[k]:+.0f} ({get('10x', k) / get('1x', k):.2f}x)"
         for k in names) + " |" + " |" * len(peers))
-    for product in ("1x", "10x"):
-        if (product, "setup-before") in med:
-            before = get(product, "setup-before")
-            print(f"  (the earlier Setup.exe {product}: {before:.0f} ms, "
-                  f"{before / get(product, 'copy'):.2f}x the copy, "
-                  f"{before / get(product, 'nsis'):.2f}x NSIS; this one "
-                  f"{get(product, 'setup') - before:+.0f} ms)")
+    variants = (("setup-before", "the earlier Setup.exe"),
+                ("setup-unsigned", "the release unsigned, so that Setup "
+                 "checks no signature,"))
+    for (kind, label), product in itertools.product(variants, ("1x", "10x")):
+        if (product, kind) in med:
+            other = get(product, kind)
+            print(f"  ({label} {product}: {other:.0f} ms, "
+                  f"{other / get(product, 'copy'):.2f}x the copy, "
+                  f"{other / get(product, 'nsis'):.2f}x NSIS; this one "
+                  f"{get(product, 'setup') - other:+.0f} ms)")
     for product in ("1x", "10x"):
         if (product, "setup-nofonts") in med:
             print(f"  (Setup.exe -s -i -nofonts {product}: "
@@ -171,7 +175,8 @@ def install(path):
     for product in ("1x", "10x"):
         setup = by_round[(product, "setup")]
         for peer, label in (("copy", "plain copy"), ("nsis", "NSIS"),
-                            ("setup-before", "earlier Setup")):
+                            ("setup-before", "earlier Setup"),
+                            ("setup-unsigned", "unsigned Setup")):
             other = by_round[(product, peer)]
             ratios = sorted(setup[r] / other[r] for r in setup if r in other)
             if ratios:

@@ -14,8 +14,10 @@
 #          (default "setup nsis msi copy copy-gdi"; "copy-gdi" is the plain
 #          copy followed by the least an installer of fonts must do beyond
 #          it, the floor for such an installer; "setup-nofonts" is also
-#          known, and "setup-before" runs the Setup.exe that BEFORE names, an
-#          earlier build, from the same product folder). EMULATE=1 runs
+#          known, "setup-before" runs the Setup.exe that BEFORE names, an
+#          earlier build, from the same product folder, and "setup-unsigned"
+#          the release with every signature taken off, so that Setup checks
+#          none: the cost of the checks). EMULATE=1 runs
 #          32-bit programs under qemu-i386 on a machine that runs them
 #          natively, and restores that afterwards, so that one machine gives
 #          the figures of both kinds of machine.
@@ -77,7 +79,7 @@ run_once() {
   case $kind in
   setup) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
   setup-nofonts) command=('C:\ZendraSource\Setup.exe' -s -i -nofonts) ;;
-  setup-before) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
+  setup-before | setup-unsigned) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
   nsis) command=('C:\ZendraPeers\ZendraNsis.exe' /S) ;;
   msi) command=(msiexec /i 'C:\ZendraPeers\Zendra.msi' /qn) ;;
   copy) command=('C:\PlainCopy.exe' 'C:\ZendraSource' 'C:\Program Files (x86)\Orvane\Zendra') ;;
@@ -101,7 +103,7 @@ run_once() {
     verdict=failed
   fi
   [ "$kind" = setup-nofonts ] && check=none
-  [ "$kind" = setup-before ] && check=setup
+  [ "$kind" = setup-before ] || [ "$kind" = setup-unsigned ] && check=setup
   [ "$kind" = copy-gdi ] && check=copy
   if [ "$check" != none ] &&
     ! /usr/bin/python3 bench/install/peers.py check "$check" "$product" "$prefix"; then
@@ -122,6 +124,30 @@ make_tenfold() {
     find "$to/$tree" -type f -print0 | while IFS= read -r -d '' file; do
       for n in 2 3 4 5 6 7 8 9 10; do
         cp "$file" "${file%.*} $n.${file##*.}"
+      done
+    done
+  done
+}
+
+# The product folders of the Setup variants among the kinds: the earlier
+# build (BEFORE) in place of Setup.exe, or every program unsigned.
+variant_folders() {
+  local one=$1 ten=$2 kind product from file
+  shift 2
+  for kind; do
+    case $kind in setup-before | setup-unsigned) ;; *) continue ;; esac
+    for product in 1x 10x; do
+      from=$bench/$kind-$product
+      rm -rf "$from"
+      cp -r "$([ "$product" = 1x ] && echo "$one" || echo "$ten")" "$from"
+      if [ "$kind" = setup-before ]; then
+        cp "$BEFORE" "$from/Setup.exe"
+        continue
+      fi
+      for file in Setup.exe Zendra.dll ZendraMimer.dll ZendraBHO.dll \
+        ZendraPanel.cpl ZendraBraille.dll VersionCheck.exe; do
+        bash scripts/sign.sh unsign "$from/$file" "$from/$file.unsigned"
+        mv -f "$from/$file.unsigned" "$from/$file"
       done
     done
   done
@@ -163,23 +189,20 @@ install_bench() {
     echo "payload 1x $(find "$one" -type f | wc -l) $(du -sb "$one" | cut -f1)"
     echo "payload 10x $(find "$ten" -type f | wc -l) $(du -sb "$ten" | cut -f1)"
   } >"$results"
+  local kinds r product kind dir peers
+  read -r -a kinds <<<"${KINDS:-setup nsis msi copy copy-gdi}"
+  variant_folders "$one" "$ten" "${kinds[@]}"
   # Rounds: each runs every kind at both sizes, so that a slow spell of the
   # machine falls on all of them alike, and starts with the next kind, so
   # that none is always the first.
-  local kinds r product kind dir peers
-  read -r -a kinds <<<"${KINDS:-setup nsis msi copy copy-gdi}"
   for r in $(seq "${REPS:-5}"); do
     kinds=("${kinds[@]:1}" "${kinds[0]}")
     for product in 1x 10x; do
       dir=$one peers=$bench/peers-1x
       [ "$product" = 10x ] && dir=$ten peers=$bench/peers-10x
       for kind in "${kinds[@]}"; do
-        # The earlier build runs from a copy of the product that holds it.
         local from=$dir
-        if [ "$kind" = setup-before ]; then
-          from=$bench/before-$product
-          rm -rf "$from" && cp -r "$dir" "$from" && cp "$BEFORE" "$from/Setup.exe"
-        fi
+        case $kind in setup-before | setup-unsigned) from=$bench/$kind-$product ;; esac
         echo "run $product $kind $(run_once "$kind" "$from" "$peers") $r" | tee -a "$results"
       done
     done

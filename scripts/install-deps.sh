@@ -15,6 +15,8 @@ packages=(
   xvfb xauth xdotool x11-apps imagemagick
   googletest libbenchmark-dev zlib1g-dev python3-fonttools
   e2fsprogs
+  # Authenticode signatures on the programs the product ships.
+  osslsigncode openssl
   # The fuzz targets: clang with libFuzzer and the sanitizer runtimes (only
   # recommended by clang-14, so named here).
   clang libclang-rt-14-dev

@@ -5,6 +5,7 @@
 #include "InstallLog.h"
 #include "PathLimit.h"
 #include "ProductFiles.h"
+#include "Signatures.h"
 #include "WordMacros.h"
 
 namespace Zendra {
@@ -40,8 +41,8 @@ bool FindHeldFile(const CInstallContext& context, CPath& held) {
 }
 
 // Why the install can't go ahead, or empty when it can: the source is the
-// installed folder, a file is held, a path is too long, or a source file is
-// missing.
+// installed folder, a file is held, a path is too long, a source file is
+// missing, or a program is not signed by Setup's own publisher.
 CStr ReasonToRefuse(const CInstallContext& context, CLongestPath& longest) {
   CStr reason;
   CPath held;
@@ -63,6 +64,8 @@ CStr ReasonToRefuse(const CInstallContext& context, CLongestPath& longest) {
                   static_cast<int>(CLongestPath::cLimit));
   else if (!longest.FirstMissing().IsEmpty())
     reason.Format(cFileMissing, longest.FirstMissing().Chars());
+  else
+    reason = CheckProgramSignatures(context);
   return reason;
 }
 

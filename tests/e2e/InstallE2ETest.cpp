@@ -107,18 +107,43 @@ TEST(InstallRecovery, EachFailureSaysWhyAndTheNextRunCompletesTheInstall) {
   ASSERT_TRUE(::MoveFileA((deep + "\\S").c_str(), source.Dir().c_str()));
   EXPECT_EQ("left over", ReadText(cInstallDir + "\\VersionCheck.exe"));
 
-  // Parts of the source missing, a font, a component, a support tree, an
-  // extra file: the install names the first and changes nothing.
-  for (const char* item :
-       {"lafrak.ttf", "ZendraBHO.dll", "LibLouis\\Tables", "About.gif"}) {
+  // Parts of the source missing (a font, a component, a support tree, an
+  // extra file), or a program not as its publisher signed it: the install
+  // names the first and changes nothing. "" moves the item away; "altered"
+  // changes one byte of it; any other name is the program put in its place.
+  const std::string fixtures = WindowsPath(ArgValue("signature-fixtures"));
+  const struct {
+    const char* item;
+    std::string replacement;
+    const char* why;
+  } cSourceFaults[] = {
+      {"lafrak.ttf", "", "is missing."},
+      {"ZendraBHO.dll", "", "is missing."},
+      {"LibLouis\\Tables", "", "is missing."},
+      {"About.gif", "", "is missing."},
+      {"ZendraMimer.dll", "altered", "was altered after it was signed."},
+      {"ZendraBHO.dll", fixtures + "\\unsigned\\ZendraBHO.dll",
+       "is not signed."},
+      {"VersionCheck.exe", fixtures + "\\other\\VersionCheck.exe",
+       "is signed by someone else ('Other Test Publisher')."},
+  };
+  for (const auto& [item, replacement, why] : cSourceFaults) {
     const std::string path = source.Dir() + "\\" + item;
     ASSERT_TRUE(::MoveFileA(path.c_str(), (path + ".away").c_str()));
-    EXPECT_TRUE(
-        Ended(RunSetup(setup, "-s -i"), 1,
-              {"Failure: Zendra can't be installed from here: '" + path +
-                   "' is missing.",
-               "Installation failed!\r\n", "Zendra installation failed!"},
-              {"Deleting", "Copy '"}));
+    if (replacement == "altered") {
+      std::string bytes = ReadText(path + ".away");
+      bytes[bytes.size() / 2] ^= 0x5A;
+      WriteText(path, bytes);
+    } else if (!replacement.empty()) {
+      ASSERT_TRUE(ActionsTest::CopyInto(replacement, path));
+    }
+    EXPECT_TRUE(Ended(
+        RunSetup(setup, "-s -i"), 1,
+        {"Failure: Zendra can't be installed from here: '" + path + "' " + why,
+         "Installation failed!\r\n", "Zendra installation failed!"},
+        {"Deleting", "Copy '"}))
+        << item;
+    ::DeleteFileA(path.c_str());
     ASSERT_TRUE(::MoveFileA((path + ".away").c_str(), path.c_str()));
   }
   EXPECT_EQ("left over", ReadText(cInstallDir + "\\VersionCheck.exe"));

@@ -12,6 +12,7 @@
 #include "OfficeTestSupport.h"
 #include "Residue.h"
 #include "SetupResource.h"
+#include "Signatures.h"
 #include "TestSupport.h"
 
 using namespace E2E;
@@ -57,17 +58,21 @@ int CompareInstalledFiles(const std::string& source) {
   return compared;
 }
 
-int TrustedPublishersNamed(const char* name) {
+// The certificates (DER) in the machine's "TrustedPublisher" store whose
+// subject holds `name`.
+std::vector<std::vector<unsigned char>> TrustedPublishersNamed(
+    const char* name) {
   HCERTSTORE store = ::CertOpenStore(
       CERT_STORE_PROV_SYSTEM_A, 0, 0,
       CERT_SYSTEM_STORE_LOCAL_MACHINE | CERT_STORE_READONLY_FLAG,
       "TrustedPublisher");
-  int found = 0;
+  std::vector<std::vector<unsigned char>> found;
   PCCERT_CONTEXT cert = nullptr;
   while (store && (cert = ::CertFindCertificateInStore(
                        store, X509_ASN_ENCODING, 0, CERT_FIND_SUBJECT_STR_A,
                        name, cert)))
-    ++found;
+    found.emplace_back(cert->pbCertEncoded,
+                       cert->pbCertEncoded + cert->cbCertEncoded);
   if (store) ::CertCloseStore(store, 0);
   return found;
 }
@@ -136,7 +141,15 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
   EXPECT_EQ(0xFFFFFFFFu, ActionsTest::ReadValue(HKEY_LOCAL_MACHINE, cAddInKey,
                                                 "AutoLoad", KEY_WOW64_64KEY)
                              .number);
-  EXPECT_EQ(1, TrustedPublishersNamed("Orvane"));
+  // The publisher Setup adds is the one that signed what it installed.
+  const std::string publisher =
+      ReadText(WindowsPath(ArgValue("publisher-cer")));
+  const Zendra::CSignature signature = Zendra::ReadSignature(
+      Tern::CPath((cInstallDir + "\\Zendra.dll").c_str()));
+  ASSERT_EQ(1u, TrustedPublishersNamed("Orvane").size());
+  EXPECT_TRUE(TrustedPublishersNamed("Orvane")[0] == signature.signer);
+  EXPECT_EQ(publisher,
+            std::string(signature.signer.begin(), signature.signer.end()));
   // The one failure: no installed copy. A copy of the log lies beside.
   EXPECT_TRUE(Ended(
       run, 0,

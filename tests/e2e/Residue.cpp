@@ -47,6 +47,11 @@ const char* const cKept[] = {
     R"(REG HKLM\\Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\Accepted Documents)",
     R"(REG HKLM\\Software\\Wow6432Node\\Microsoft\\Internet Explorer\\XMLNamespace)",
     R"(REG HKLM\\Software\\Microsoft\\Office(\\16\.0(\\PowerPoint(\\AddIns)?)?)?)",
+    // The machine's and the user's certificate stores, empty, and the trust
+    // provider's settings, which checking a signature opens; Windows has
+    // them already.
+    R"(REG HK(CU|LM)\\Software\\Microsoft\\SystemCertificates(\\[^|]*)?)",
+    R"(REG HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Wintrust(\\.*)?)",
     // Wine's own bookkeeping as programs start and end.
     R"(REG HKCU\\Software\\Wine\\.*)",
     R"(REG HKLM\\Software\\Wine\\.*)",

@@ -142,10 +142,17 @@ TEST(InstallOptions, WhatTheCommandLineConfigurationAndRegistryAskFor) {
        {"VendorId", "LicenseeAboutText1", "LicenseeAboutText2", "BUILD_NUMBER"})
     ASSERT_TRUE(SetReg(HKEY_LOCAL_MACHINE, cOrvaneKey, name, "registry"));
   ASSERT_TRUE(source.WriteConfig({"OVCMajVersion=3", "OldSetting=three"}));
+  // A developer's Setup.exe without a signature checks no program's.
+  const std::string signedSetup = ActionsTest::ReadText(setup);
+  ASSERT_TRUE(ActionsTest::CopyInto(
+      WindowsPath(ArgValue("signature-fixtures")) + "\\unsigned\\Setup.exe",
+      setup));
   EXPECT_TRUE(Ended(RunSetup(setup, "-s -verbose -i -nofonts -noversioncheck"),
                     0,
                     {cInstalled, "Start: Dumping global variables {",
-                     "ProductName\t=\t\"Zendra\""},
+                     "ProductName\t=\t\"Zendra\"",
+                     "Setup.exe is not signed: the product's programs are not "
+                     "checked for their publisher's signature.\r\n"},
                     {"Zendra requires Internet Explorer", "InstallFonts(",
                      "OldSetting", "OVCMajVersion"}));
   EXPECT_FALSE(FileExists(ActionsTest::SystemFontFile("qxextra.ttf")));
@@ -153,6 +160,7 @@ TEST(InstallOptions, WhatTheCommandLineConfigurationAndRegistryAskFor) {
   EXPECT_EQ("0", Reg(HKEY_LOCAL_MACHINE, cSettingsKey, "DoVersionChecks"));
   EXPECT_EQ("registry", Reg(HKEY_LOCAL_MACHINE, cSettingsKey, "RO_VendorId"));
   EXPECT_EQ("<none>", Reg(HKEY_CURRENT_USER, cSettingsKey, "Notify"));
+  ActionsTest::WriteText(setup, signedSetup);
 
   // An installed version that can't be read counts as none. Version 4's
   // configuration is merged, its answer stored by a silent run too; the

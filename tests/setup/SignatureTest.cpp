@@ -1,0 +1,56 @@
+// Signatures as Setup reads them (WinVerifyTrust) on the programs the build
+// ships; the test publisher's root is trusted in the test prefix only, as an
+// administrator would trust a real one. The end-to-end install cases meet
+// programs signed otherwise.
+#include <windows.h>
+// After windows.h, which it needs.
+#include <wincrypt.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "Signatures.h"
+#include "TestSupport.h"
+#include "WindowDriver.h"
+
+using namespace TestSupport;
+using Zendra::ReadSignature;
+
+namespace {
+
+std::vector<unsigned char> ReadBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+Zendra::CSignature SignatureOf(const std::string& path) {
+  return ReadSignature(Tern::CPath(path.c_str()));
+}
+
+}  // namespace
+
+TEST(Signatures, ShippedProgramsAreTheBuildPublishers) {
+  const std::vector<unsigned char> publisher =
+      ReadBytes(WindowsPath(ArgValue("publisher-cer")));
+  ASSERT_FALSE(publisher.empty());
+  HCERTSTORE root = ::CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0,
+                                    CERT_SYSTEM_STORE_LOCAL_MACHINE, "Root");
+  ASSERT_NE(nullptr, root);
+  EXPECT_TRUE(::CertAddEncodedCertificateToStore(
+      root, X509_ASN_ENCODING, publisher.data(),
+      static_cast<DWORD>(publisher.size()), CERT_STORE_ADD_REPLACE_EXISTING,
+      nullptr));
+  ::CertCloseStore(root, 0);
+
+  const std::string sample = WindowsPath(ArgValue("sample-dir")) + "\\";
+  for (const char* program :
+       {"Setup.exe", "Zendra.dll", "ZendraMimer.dll", "ZendraBHO.dll",
+        "ZendraPanel.cpl", "ZendraBraille.dll", "VersionCheck.exe"}) {
+    const Zendra::CSignature signature = SignatureOf(sample + program);
+    EXPECT_EQ(0, signature.status) << program;
+    EXPECT_EQ(Zendra::ssSigned, signature.state) << program;
+    EXPECT_TRUE(signature.signer == publisher) << program;
+  }
+}
