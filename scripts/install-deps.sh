@@ -17,12 +17,14 @@ packages=(
   e2fsprogs
   # Authenticode signatures on the programs the product ships.
   osslsigncode openssl
+  # The Windows Installer package that wraps the release.
+  msitools wixl
   # The fuzz targets: clang with libFuzzer and the sanitizer runtimes (only
   # recommended by clang-14, so named here).
   clang libclang-rt-14-dev
 )
 if [ "${1:-}" = bench ]; then
-  packages+=(nsis msitools wixl)
+  packages+=(nsis)
 fi
 
 sudo_if_needed() {

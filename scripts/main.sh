@@ -90,4 +90,20 @@ for _ in $(seq 1 300); do
 done
 show_log "Zendra Uninstall.log"
 show_machine
+
+# The same release as administrators deploy it: the Windows Installer package.
+cp "$build/Zendra.msi" "$c/Zendra.msi"
+run msiexec /i 'C:\Zendra.msi' /qn /l*v 'C:\msi-install.log'
+echo "== The package's log: how Setup ended =="
+grep -a 'Zendra:' "$c/msi-install.log" | tr -d '\r'
+show_machine
+code=$(grep -a -o 'ProductCode = {[0-9A-F-]*}' "$c/msi-install.log" | head -n 1 |
+  cut -d' ' -f3)
+run msiexec /x "$code" /qn /l*v 'C:\msi-removal.log'
+grep -a 'Zendra:' "$c/msi-removal.log" | tr -d '\r'
+for _ in $(seq 1 300); do
+  [ -e "$c/Program Files (x86)/Orvane/Zendra" ] || break
+  sleep 0.1
+done
+show_machine
 wineserver -k || true

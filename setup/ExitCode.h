@@ -18,5 +18,7 @@ enum ExitCode : Tern::Int {
 // "exitOk" ... "exitBadIEVersion", as the log's last line names the code;
 // any other value is "(unknown)".
 const char* ExitCodeName(Tern::Int exitCode);
+// What the code tells an administrator, as the README's table says it.
+const char* ExitCodeMeaning(Tern::Int exitCode);
 
 }  // namespace Zendra

@@ -60,6 +60,10 @@ const char cRemovalFailedOnRestart[] =
     "Zendra removal failed!\n\nSee \"%s\" for details\n\nSome of its files "
     "are in use: they are deleted when Windows restarts.";
 const char cHandlerRemoved[] = "Protocol handler removed successfully.";
+const char cInstalledByPackage[] =
+    "Zendra was installed by its Windows Installer package %s, which must "
+    "remove it too: use Add/Remove Programs, or msiexec /x %s. Nothing has "
+    "been removed.";
 
 const UInt32 cErrorAlreadyExists = 183;
 
@@ -247,7 +251,7 @@ void CZendraSetupApp::RemovalSequence() {
   }
   // The removal empties the folder it runs from: anywhere but the installed
   // folder that would destroy files that are not the product's.
-  if (mLocation.RunsFromInstalledFolder()) {
+  if (!LeftToPackage() && mLocation.RunsFromInstalledFolder()) {
     mLocation.SetInstallDir(mLocation.SetupDir());
     NoteMissingConfiguration();
     CInstallContext context = MakeContext();
@@ -263,6 +267,21 @@ void CZendraSetupApp::RemovalSequence() {
   }
   SetExitCode(exitFailure);
   FailureMessage(cRemovalFailed);
+}
+
+// A product that a Windows Installer package installed is removed through
+// the package, which runs this program in turn: removed by hand, the
+// package would stay registered for a product that is gone.
+bool CZendraSetupApp::LeftToPackage() {
+  CStr package;
+  if (!CWinRegKey::ReadString(cProductKey, "MsiProductCode", package) ||
+      package.IsEmpty())
+    return false;
+  CStr text;
+  text.Format(cInstalledByPackage, package.Chars(), package.Chars());
+  LogStep(false, text.Chars());
+  MessageDialog(text.Chars(), mkError);
+  return true;
 }
 
 void CZendraSetupApp::NoteMissingConfiguration() {

@@ -31,6 +31,7 @@ class CZendraSetupApp : public Tern::CGUIApplication, public CMessageSink {
   bool ReadConfiguration();
   void ReadOptions();
   void NoteMissingConfiguration();
+  bool LeftToPackage();
   void AddRegistrySearchLocations();
 
   void InstallSequence();

@@ -52,6 +52,11 @@ const char* const cKept[] = {
     // them already.
     R"(REG HK(CU|LM)\\Software\\Microsoft\\SystemCertificates(\\[^|]*)?)",
     R"(REG HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Wintrust(\\.*)?)",
+    // Windows Installer's own keys and folder, empty once its last product
+    // has gone (Wine keeps them), and the package tests' own logs.
+    R"(REG HKLM\\Software\\(Classes|Microsoft\\Windows\\CurrentVersion)\\Installer(\\[^|]*)?)",
+    R"(FILE C:\\windows\\Installer)",
+    R"(FILE C:\\ZendraE2E\\[^\\]*\.(log|txt))",
     // Wine's own bookkeeping as programs start and end.
     R"(REG HKCU\\Software\\Wine\\.*)",
     R"(REG HKLM\\Software\\Wine\\.*)",

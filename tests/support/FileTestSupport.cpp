@@ -20,11 +20,6 @@ void WriteFileBytes(const std::string& path,
             static_cast<std::streamsize>(bytes.size()));
 }
 
-bool PathExists(const std::string& path) {
-  std::error_code ec;
-  return fs::exists(path, ec);
-}
-
 void RemoveTree(const std::string& path) {
   std::error_code ec;
   fs::remove_all(path, ec);

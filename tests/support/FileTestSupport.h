@@ -15,7 +15,6 @@ namespace TestSupport {
 std::vector<Tern::Byte> ReadFileBytes(const std::string& path);
 void WriteFileBytes(const std::string& path,
                     const std::vector<Tern::Byte>& bytes);
-bool PathExists(const std::string& path);
 // Removes a folder and everything in it (test clean-up only).
 void RemoveTree(const std::string& path);
 // A folder path, unique for this process and name.

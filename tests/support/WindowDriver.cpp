@@ -187,13 +187,6 @@ bool HasIcon(HWND box) {
   return icon != nullptr && ::SendMessageA(icon, STM_GETICON, 0, 0) != 0;
 }
 
-bool PressButton(HWND dialog, const char* caption) {
-  HWND button = FindChild(dialog, "Button", caption, false);
-  if (!button) return false;
-  ::SendMessageA(button, BM_CLICK, 0, 0);
-  return true;
-}
-
 std::string ControlText(HWND dialog, int id) {
   HWND control = ::GetDlgItem(dialog, id);
   return control ? WindowText(control) : std::string("<no control>");

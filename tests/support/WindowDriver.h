@@ -49,8 +49,6 @@ HWND WaitForAnyWindow(const char* caption, DWORD timeoutMs = 20000);
 std::string MessageBoxText(HWND box);
 // Whether the box shows an icon (error and warning boxes do, plain ones not).
 bool HasIcon(HWND box);
-// Clicks the button whose caption (without "&") is `caption`.
-bool PressButton(HWND dialog, const char* caption);
 
 // Dialog controls by identifier.
 std::string ControlText(HWND dialog, int id);

@@ -43,19 +43,6 @@ class RegistryTest : public ::testing::Test {
 
 }  // namespace
 
-// The current user's root is the user's own hive, not the predefined key
-// that stands for it: the same values, through a handle of its own.
-TEST_F(RegistryTest, TheCurrentUsersRootIsTheUsersHive) {
-  CWinRegKey root, mine;
-  ASSERT_TRUE(root.Open("HKEY_CURRENT_USER", rmRead));
-  EXPECT_NE(static_cast<void*>(HKEY_CURRENT_USER), root.Handle());
-  ASSERT_TRUE(mine.Open((cTests + "\\Hive").c_str(), rmCreate));
-  EXPECT_TRUE(mine.SetString("Seen", "yes"));
-  EXPECT_EQ("yes",
-            TestSupport::RegistryString(HKEY_CURRENT_USER,
-                                        "Software\\ZendraTests\\Hive", "Seen"));
-}
-
 TEST_F(RegistryTest, ValuesWrittenReadListedAndFailuresKept) {
   CWinRegKey key;
   ASSERT_TRUE(key.Open((cTests + "\\V").c_str(), rmCreate));
@@ -107,9 +94,11 @@ TEST_F(RegistryTest, ViewsAreWrittenAndDeletedApart) {
     return UserString("\\View", "Where", HKEY_LOCAL_MACHINE, view);
   };
   EXPECT_EQ("64", where(KEY_WOW64_64KEY));
-  CWinRegKey machine;  // the predefined root itself
+  CWinRegKey machine, user;  // the predefined root; the user's own hive
   ASSERT_TRUE(machine.Open("HKEY_LOCAL_MACHINE", rmRead));
   EXPECT_EQ(static_cast<void*>(HKEY_LOCAL_MACHINE), machine.Handle());
+  ASSERT_TRUE(user.Open("HKEY_CURRENT_USER", rmRead));
+  EXPECT_NE(static_cast<void*>(HKEY_CURRENT_USER), user.Handle());
   EXPECT_TRUE(
       machine.DeleteSubKeyInView("Software\\ZendraTests\\View", rv64BitView));
   EXPECT_EQ("<none>", where(KEY_WOW64_64KEY));
