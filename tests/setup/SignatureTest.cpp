@@ -6,34 +6,19 @@
 // After windows.h, which it needs.
 #include <wincrypt.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "FileTestSupport.h"
 #include "Signatures.h"
 #include "TestSupport.h"
 #include "WindowDriver.h"
 
 using namespace TestSupport;
-using Zendra::ReadSignature;
-
-namespace {
-
-std::vector<unsigned char> ReadBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-Zendra::CSignature SignatureOf(const std::string& path) {
-  return ReadSignature(Tern::CPath(path.c_str()));
-}
-
-}  // namespace
 
 TEST(Signatures, ShippedProgramsAreTheBuildPublishers) {
-  const std::vector<unsigned char> publisher =
-      ReadBytes(WindowsPath(ArgValue("publisher-cer")));
+  const std::vector<Tern::Byte> publisher =
+      ReadFileBytes(WindowsPath(ArgValue("publisher-cer")));
   ASSERT_FALSE(publisher.empty());
   HCERTSTORE root = ::CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0,
                                     CERT_SYSTEM_STORE_LOCAL_MACHINE, "Root");
@@ -48,7 +33,8 @@ TEST(Signatures, ShippedProgramsAreTheBuildPublishers) {
   for (const char* program :
        {"Setup.exe", "Zendra.dll", "ZendraMimer.dll", "ZendraBHO.dll",
         "ZendraPanel.cpl", "ZendraBraille.dll", "VersionCheck.exe"}) {
-    const Zendra::CSignature signature = SignatureOf(sample + program);
+    const Zendra::CSignature signature =
+        Zendra::ReadSignature(Tern::CPath((sample + program).c_str()));
     EXPECT_EQ(0, signature.status) << program;
     EXPECT_EQ(Zendra::ssSigned, signature.state) << program;
     EXPECT_TRUE(signature.signer == publisher) << program;
