@@ -73,6 +73,16 @@ std::string UnbalancedBlock(const std::string& log) {
   return open.empty() ? "" : open.back();
 }
 
+// The exit code a log's footer names, the log's last lines; -1 while the log
+// has no such footer.
+int FooterExitCode(const std::string& log) {
+  static const std::regex footer(
+      "Exit code = '\\w+' \\((-?\\d+)\\)\\.\r\n\r\nZendra log ends "
+      "\\(error count = \\d+\\)\\.\r\n$");
+  std::smatch match;
+  return std::regex_search(log, match, footer) ? std::stoi(match[1]) : -1;
+}
+
 }  // namespace
 
 SetupRun::SetupRun(const std::string& exe, const std::string& arguments)
@@ -95,14 +105,9 @@ Outcome SetupRun::Finish(bool windowless) {
   }
   if (run.log.empty()) return run;
   EXPECT_EQ("", UnbalancedBlock(run.log)) << run.logName;
-  const std::string footer =
-      run.log.substr(std::min(run.log.rfind("Exit code = "), run.log.size()));
-  const std::regex expected("Exit code = '\\w+' \\(" +
-                            std::to_string(run.exitCode) +
-                            "\\)\\.\r\n\r\nZendra log ends \\(error "
-                            "count = \\d+\\)\\.\r\n");
-  EXPECT_TRUE(std::regex_match(footer, expected)) << run.logName << " ends:\n"
-                                                  << footer;
+  EXPECT_EQ(run.exitCode, FooterExitCode(run.log))
+      << run.logName << " ends:\n"
+      << run.log.substr(std::min(run.log.rfind("Exit code"), run.log.size()));
   return run;
 }
 
@@ -125,15 +130,8 @@ Outcome RunFromLinux(const std::string& exe, const std::string& arguments,
     return run;
   ::CloseHandle(started.hThread);
   ::CloseHandle(started.hProcess);
-  const std::regex footer(
-      "Exit code = '\\w+' \\((-?\\d+)\\)\\.\r\n\r\nZendra "
-      "log ends \\(error count = \\d+\\)\\.\r\n$");
-  std::smatch match;
-  for (int i = 0; i < 1200 && run.exitCode < 0; ++i, ::Sleep(100)) {
-    run.log = ActionsTest::ReadText(log);
-    if (std::regex_search(run.log, match, footer))
-      run.exitCode = std::stoi(match[1]);
-  }
+  for (int i = 0; i < 1200 && run.exitCode < 0; ++i, ::Sleep(100))
+    run.exitCode = FooterExitCode(run.log = ActionsTest::ReadText(log));
   run.logName = logName;
   return run;
 }

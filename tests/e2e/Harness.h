@@ -83,11 +83,8 @@ class SetupRun {
 // A run that shows no window: nobody would answer one.
 Outcome RunSetup(const std::string& exe, const std::string& arguments);
 
-// A silent run started from Linux through Wine's own `wine` command, as in
-// a terminal: only such a start keeps the program's path as given, a short
-// (8.3) name included; a Windows program's start gets its long form. Windows
-// can't wait for a Linux process: the run has ended when its log `logName`
-// has its footer, which also gives the exit code.
+// A silent run started from Linux by `wine`, which alone keeps a short (8.3)
+// path as given; it has ended, and its exit code, when `logName` says so.
 Outcome RunFromLinux(const std::string& exe, const std::string& arguments,
                      const std::string& logName);
 
@@ -106,8 +103,7 @@ void Answer(SetupRun& run, const std::string& text, int id = IDOK,
 // Setup.exe and its folder once Setup has ended.
 bool WaitUntilGone(const std::string& path);
 
-// The user's temporary folder (TEMP and TMP) for the runs started meanwhile,
-// made when missing.
+// TEMP and TMP of the runs started meanwhile; the folder is made.
 class TempFolderSetting {
  public:
   explicit TempFolderSetting(const std::wstring& dir);

@@ -1,7 +1,5 @@
-// The Windows Installer package run as an administrator's deployment tool
-// runs it: msiexec /qn with a log, its exit code read. The package wraps the
-// built sample product and runs its Setup.exe; a second package wraps a
-// release without one of its fonts.
+// The Windows Installer package of the sample product, and one of a release
+// without a font, run as deployment tools run them: msiexec /qn, logged.
 #include <windows.h>
 
 #include <string>

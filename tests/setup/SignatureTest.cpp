@@ -1,7 +1,5 @@
-// Signatures as Setup reads them (WinVerifyTrust) on the programs the build
-// ships; the test publisher's root is trusted in the test prefix only, as an
-// administrator would trust a real one. The end-to-end install cases meet
-// programs signed otherwise.
+// Signatures as Setup reads them (WinVerifyTrust) on the shipped programs,
+// the test publisher's root trusted in this test prefix only.
 #include <windows.h>
 // After windows.h, which it needs.
 #include <wincrypt.h>

@@ -150,17 +150,6 @@ HWND WaitForAnyWindow(const char* caption, DWORD timeoutMs) {
   return nullptr;
 }
 
-bool WaitForMutex(const char* name, DWORD timeoutMs) {
-  for (DWORD waited = 0; waited <= timeoutMs; waited += 10) {
-    if (HANDLE mutex = ::OpenMutexA(SYNCHRONIZE, FALSE, name)) {
-      ::CloseHandle(mutex);
-      return true;
-    }
-    ::Sleep(10);
-  }
-  return false;
-}
-
 int ChildProcess::WaitForExit(DWORD timeoutMs) {
   if (!mInfo.hProcess) return -1;
   for (DWORD waited = 0; waited < timeoutMs; waited += 50) {

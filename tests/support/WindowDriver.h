@@ -37,10 +37,6 @@ class ChildProcess {
   bool mSawWindow = false;
 };
 
-// Whether some process holds the named mutex, waiting up to `timeoutMs`
-// for one to create it.
-bool WaitForMutex(const char* name, DWORD timeoutMs = 20000);
-
 // The first visible top-level window of any process with that caption,
 // waiting up to `timeoutMs`; for windows of a process started by another.
 HWND WaitForAnyWindow(const char* caption, DWORD timeoutMs = 20000);

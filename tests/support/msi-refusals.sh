@@ -10,8 +10,8 @@ cp "$sample/Zendra.ovc" "$work/no-setup/"
 cp "$sample/Setup.exe" "$work/no-config/"
 cp "$sample/Zendra.ovc" "$work/no-version/"
 cp "$sample/About.gif" "$work/no-version/Setup.exe"
-for case in "missing-folder:is not a folder" "no-setup:Setup.exe is missing" \
-  "no-config:Zendra.ovc is missing" "no-version:Setup.exe has no version resource"; do
+for case in "no-setup:Setup.exe is missing" "no-config:Zendra.ovc is missing" \
+  "no-version:Setup.exe has no version resource"; do
   folder=${case%%:*} expected=${case#*:}
   message=$(BUILD=/nonexistent bash "$msi" "$work/$folder" "$work/$folder.msi" 2>&1)
   status=$?

@@ -1,6 +1,5 @@
-// The font installer on the prefix's own Fonts folder, where Setup's runs do
-// not take it: the font's name there taken by another font, and no room in
-// the path for a numbered name.
+// The font installer on the prefix's Fonts folder: the font's name taken by
+// another font, and no room in the path for a numbered name.
 #include <windows.h>
 
 #include <string>
