@@ -73,15 +73,17 @@ TEST(Msi, DeployedRepairedAndRemovedAsDeploymentToolsDo) {
 
   // The install: the machine as Setup.exe -s -i leaves it, one entry.
   auto [installed, installLog] =
-      Msiexec("/i " + cWork + "Zendra.msi NOFONTS=1", "install.log");
+      Msiexec("/i " + cWork + "Zendra.msi NOVERSIONCHECK=1", "install.log");
   EXPECT_EQ(0, installed) << installLog;
   EXPECT_TRUE(Contains(installLog,
-                       "Setup.exe\" -s -i -nofonts ended with "
+                       "Setup.exe\" -s -i -noversioncheck ended with "
                        "exit code 0 (exitOk: done)"));
   EXPECT_EQ(cInstallDir + "\\Zendra.dll",
             Reg(HKEY_CLASSES_ROOT,
                 std::string(cProductClass) + "\\InprocServer32", nullptr));
   EXPECT_EQ(1, ZendraEntriesListed());
+  EXPECT_TRUE(FileExists(ActionsTest::SystemFontFile("lattice.ttf")));
+  EXPECT_EQ("0", Reg(HKEY_LOCAL_MACHINE, cPackageKey, "DoVersionChecks"));
   EXPECT_TRUE(
       Contains(Reg(HKEY_LOCAL_MACHINE, cPackageKey, "MsiProductCode"), "{"));
   // Each user who signs in later gets the install's part for the user.
@@ -91,13 +93,11 @@ TEST(Msi, DeployedRepairedAndRemovedAsDeploymentToolsDo) {
                            "StubPath"),
                        cInstallDir + "\\ZendraPanel.cpl\" /t REG_DWORD"));
 
-  // The installed Setup.exe leaves the removal to the package; a repair
-  // runs Setup's install again.
+  // Setup.exe leaves the removal to the package; a repair runs its install.
   EXPECT_TRUE(Ended(RunSetup(cInstallDir + "\\Setup.exe", "-s -u"), 1,
                     {"was installed by its Windows Installer package {"}));
   EXPECT_TRUE(FileExists(cInstallDir + "\\Zendra.dll"));
-  // (msiexec /fa, which Wine's msiexec answers with 1605, is the same as
-  // these properties.)
+  // (As msiexec /fa, which Wine's msiexec answers with 1605.)
   auto [repaired, repairLog] =
       Msiexec("/i " + cWork + "Zendra.msi REINSTALL=ALL REINSTALLMODE=amus",
               "repair.log");

@@ -31,7 +31,7 @@ const char* const cKept[] = {
     // The publisher stays trusted: other Orvane programs are signed too.
     R"(REG HKLM\\Software\\(Wow6432Node\\)?Microsoft\\SystemCertificates\\TrustedPublisher(\\.*)?)",
     // The machine's and the user's settings: a reinstall keeps them.
-    R"(REG HKLM\\Software\\Wow6432Node\\Orvane(\\OVZN4)?)",
+    R"(REG HKLM\\Software\\Wow6432Node\\Orvane(\\OVZN4(\|DoVersionChecks)?)?)",
     R"(REG HKCU\\Software\\Orvane(\\OVZN4)?(\|Notify)?)",
     // Browser settings the removal does not undo: Enterprise Mode, the
     // pre-approved class, the version checker's elevation policy and the
