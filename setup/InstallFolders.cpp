@@ -1,7 +1,5 @@
 #include "InstallFolders.h"
 
-#include <windows.h>
-
 #include <cctype>
 #include <cstring>
 
@@ -33,11 +31,13 @@ class COtherInstallFolders : public Tern::CFileSystem::CVisitor {
   CError Visit(Tern::CFileSystem& fs, const CPath& entry,
                CError type) override {
     CStr name;
-    if (::lstrcmpiA(entry.OSToPathString().Chars(),
-                    mCurrent.OSToPathString().Chars()) == 0 ||
-        type != Tern::S_FSIsDirectory ||
+    // The current folder may be named by its short form (a removal started
+    // through it): it is told apart by what it is, not how it is spelled.
+    if (type != Tern::S_FSIsDirectory ||
         Tern::Failed(entry.GetComponentString(CPath::ctFile, name)) ||
-        !IsInstallFolderName(name) || !HoldsTheProduct(entry))
+        !IsInstallFolderName(name) ||
+        CLocalFileSystem::Instance().IsSameItem(entry, mCurrent) ||
+        !HoldsTheProduct(entry))
       return Tern::Ok;
     const CStr path = entry.OSToPathString();
     CPath held;

@@ -100,8 +100,7 @@ class CDeleteEverythingVisitor : public Tern::CFileSystem::CVisitor {
     if (Tern::Failed(deleted)) {
       LogText("Could not delete '%s' (%s).\n", entry.OSToPathString().Chars(),
               Tern::ErrorName(deleted));
-      if (::lstrcmpiA(entry.OSToPathString().Chars(),
-                      mRunning.OSToPathString().Chars()) != 0)
+      if (!LFS().IsSameItem(entry, mRunning))  // may be a short name
         scheduled += RemoveAtRestart(entry);
     }
     return Tern::Ok;
