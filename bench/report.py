@@ -2,14 +2,15 @@
 
   report.py library LIBRARY.json   Google Benchmark's JSON (median aggregates)
   report.py install INSTALL.txt    lines "mode <how 32-bit programs ran>",
-                                   "payload <1x|10x> <files> <bytes>" and
-                                   "run <1x|10x> <kind> <ms> <files> <ok|failed>"
+                                   "start <cold|warm>",
+                                   "payload <scale> <files> <bytes>" and
+                                   "run <scale> <kind> <install|repair|remove>
+                                    <ms> <files> <ok|failed> <round>"
 """
 import json
 import itertools
 import statistics
 import sys
-from collections import defaultdict
 
 
 def library(path):
@@ -83,112 +84,140 @@ def library(path):
           f"{spread2:.2f}x; short paths are mostly fixed cost)")
 
 
+NAMES = (("copy", "plain copy"), ("copy-gdi", "copy + GDI"),
+         ("copy-fonts", "font floor"), ("nsis", "NSIS"), ("msi", "MSI"),
+         ("setup", "Setup"))
+VARIANTS = (("setup-before", "the earlier Setup.exe"),
+            ("setup-unsigned", "the release unsigned, which checks no "
+             "signature"), ("setup-nofonts", "Setup.exe -nofonts"))
+
+
+class Runs:
+    """The checked runs of install.txt: {(scale, kind, op): {round: ms}}."""
+
+    def __init__(self, path):
+        self.ms, self.dropped, self.payload = {}, {}, {}
+        self.mode, self.start = "", "cold"
+        with open(path) as f:
+            for line in f:
+                word, *rest = line.split()
+                if word == "mode":
+                    self.mode = " ".join(rest)
+                elif word == "start":
+                    self.start = rest[0]
+                elif word == "payload":
+                    self.payload[rest[0]] = (int(rest[1]), int(rest[2]) / 1e6)
+                elif word == "run":
+                    scale, kind, op, ms, _, verdict, round_ = rest
+                    key = (scale, kind, op)
+                    if verdict == "ok":
+                        self.ms.setdefault(key, {})[round_] = int(ms)
+                    else:
+                        self.dropped[key] = self.dropped.get(key, 0) + 1
+        self.scales = [s for s in ("1x", "10x", "100x") if s in self.payload]
+
+    def median(self, scale, kind, op="install"):
+        runs = self.ms.get((scale, kind, op))
+        return statistics.median(runs.values()) if runs else float("nan")
+
+    def ratio(self, a, b):
+        """The median of a/b taken within each round, where a slow spell of
+        the machine falls on both, and the range over the rounds."""
+        ra, rb = self.ms.get(a, {}), self.ms.get(b, {})
+        ratios = sorted(ra[r] / rb[r] for r in ra if r in rb)
+        if not ratios:
+            return float("nan"), "n/a"
+        mid = statistics.median(ratios)
+        return mid, f"{mid:.2f} ({ratios[0]:.2f}-{ratios[-1]:.2f})"
+
+
+def table(runs, title, columns, ratios):
+    """One table: a row per scale, the median ms of each (kind, op) column,
+    then each ratio (label, a, b) within rounds, with its range."""
+    print(f"\n{title}")
+    print("| payload | " + " | ".join(c[0] for c in columns) + " | " +
+          " | ".join(r[0] for r in ratios) + " |")
+    print("|---|" + "---|" * (len(columns) + len(ratios)))
+    for scale in runs.scales:
+        count, mb = runs.payload[scale]
+        cells = [f"{runs.median(scale, *c[1]) / 1000:.2f} s" for c in columns]
+        cells += [runs.ratio((scale, *a), (scale, *b))[1] for _, a, b in ratios]
+        print(f"| {scale}: {count} files, {mb:.1f} MB | " +
+              " | ".join(cells) + " |")
+
+
 def install(path):
-    times, dropped, payload = defaultdict(list), defaultdict(int), {}
-    by_round = defaultdict(dict)  # (product, kind) -> {round: ms}
-    mode, start = "", "cold"
-    with open(path) as f:
-        for line in f:
-            word, rest = line.split(maxsplit=1)
-            if word == "mode":
-                mode = rest.strip()
-            elif word == "start":
-                start = rest.strip()
-            elif word == "payload":
-                product, count, size = rest.split()
-                payload[product] = (int(count), int(size) / 1e6)
-            else:
-                product, kind, ms, _, verdict, *round_ = rest.split()
-                if verdict == "ok":
-                    times[(product, kind)].append(int(ms))
-                    if round_:
-                        by_round[(product, kind)][round_[0]] = int(ms)
-                else:
-                    dropped[(product, kind)] += 1
-    med = {key: statistics.median(values) for key, values in times.items()}
-    ran = {kind for _, kind in med}
-    # The columns, in this order, of the kinds that ran.
-    names = {k: v for k, v in (("copy", "plain copy"),
-                               ("copy-gdi", "copy + GDI floor"),
-                               ("nsis", "NSIS"), ("msi", "MSI"),
-                               ("setup", "Setup")) if k in ran}
-    peers = [k for k in ("copy", "copy-gdi", "nsis", "msi") if k in names]
-    print(f"32-bit programs ran {mode}; every run started Wine {start}" +
-          (" (its server and services start inside the timed run)"
-           if start == "cold" else " (a server already running)"))
-    if mode != "natively":
+    runs = Runs(path)
+    ran = {kind for _, kind, _ in runs.ms}
+    names = [(k, n) for k, n in NAMES if k in ran]
+    print(f"32-bit programs ran {runs.mode}; every run started Wine "
+          f"{runs.start}" + (" (its server and services start inside the "
+                             "timed run)" if runs.start == "cold" else
+                             " (a server already running)"))
+    if runs.mode != "natively":
         print("(every installer ran emulated alike: the ratios compare like "
               "with like, the absolute times are not those of a machine that "
               "runs 32-bit code natively)")
-    if "copy-gdi" in names:
-        print("(copy + GDI floor: the plain copy, then a memory device context "
-              "and a WM_FONTCHANGE broadcast, the least an installer of fonts "
-              "adds to a copy)")
-    runs = max((len(v) for v in times.values()), default=0)
-    print(f"medians of up to {runs} checked runs, ms; dropped runs (install "
-          f"did not check out): " + (", ".join(
-              f"{p} {k} {n}" for (p, k), n in sorted(dropped.items()))
+    print("(font floor: the plain copy, then each font copied into the "
+          "Fonts folder with its Fonts value and AddFontResourceA, and one "
+          "WM_FONTCHANGE broadcast)")
+    count = max((len(v) for v in runs.ms.values()), default=0)
+    print(f"medians of up to {count} checked runs; ratios are the median "
+          f"of those within each round (range over the rounds); dropped runs "
+          f"(not checked out): " + (", ".join(
+              f"{' '.join(k)} {n}" for k, n in sorted(runs.dropped.items()))
               or "none"))
+    peers = [(f"Setup / {n}", ("setup", "install"), (k, "install"))
+             for k, n in names if k in ("copy-fonts", "nsis")]
+    table(runs, "Fresh install", [(n, (k, "install")) for k, n in names],
+          peers)
+    if ("setup" in ran and "nsis" in ran and
+            any(op == "repair" for _, _, op in runs.ms)):
+        table(runs, "Repair: the installer run again over the installed "
+              "product", [("NSIS", ("nsis", "repair")),
+                          ("Setup", ("setup", "repair"))],
+              [("Setup / NSIS", ("setup", "repair"), ("nsis", "repair")),
+               ("Setup repair / install", ("setup", "repair"),
+                ("setup", "install"))])
+        table(runs, "Removal: until the uninstaller's work is done (Setup's "
+              "batch file, NSIS's copy in the temporary folder)",
+              [("NSIS uninstaller", ("nsis", "remove")),
+               ("Setup -u", ("setup", "remove"))],
+              [("Setup / NSIS", ("setup", "remove"), ("nsis", "remove"))])
+    first, last = runs.scales[0], runs.scales[-1]
+    print(f"\nGrowth {first} -> {last} (ms added; the ratio of the times):")
+    for kind, name in names:
+        for op in ("install", "repair", "remove"):
+            a, b = runs.median(first, kind, op), runs.median(last, kind, op)
+            if a == a and b == b:
+                print(f"  {name} {op}: {b - a:+.0f} ms ({b / a:.2f}x)")
+    for (kind, label), scale in itertools.product(VARIANTS, runs.scales):
+        if (scale, kind, "install") in runs.ms:
+            print(f"  ({label} {scale}: "
+                  f"{runs.median(scale, kind) / 1000:.2f} s; Setup / it "
+                  f"{runs.ratio((scale, 'setup', 'install'), (scale, kind, 'install'))[1]})")
+    results(runs, first, last)
 
-    def get(product, kind):
-        return med.get((product, kind), float("nan"))
 
-    print("| payload | " + " | ".join(names.values()) + " | " +
-          " | ".join(f"Setup/{names[k]}" for k in peers) + " |")
-    print("|---|" + "---|" * (len(names) + len(peers)))
-    for product in ("1x", "10x"):
-        count, mb = payload[product]
-        cells = [f"{get(product, k):.0f}" for k in names]
-        setup = get(product, "setup")
-        ratios = [f"{setup / get(product, k):.2f}x" for k in peers]
-        print(f"| {product}: {count} files, {mb:.2f} MB | " +
-              " | ".join(cells + ratios) + " |")
-    growth = {k: get("10x", k) - get("1x", k) for k in names}
-    print("| growth 1x->10x | " + " | ".join(
-        f"{growth[k]:+.0f} ({get('10x', k) / get('1x', k):.2f}x)"
-        for k in names) + " |" + " |" * len(peers))
-    variants = (("setup-before", "the earlier Setup.exe"),
-                ("setup-unsigned", "the release unsigned, so that Setup "
-                 "checks no signature,"))
-    for (kind, label), product in itertools.product(variants, ("1x", "10x")):
-        if (product, kind) in med:
-            other = get(product, kind)
-            print(f"  ({label} {product}: {other:.0f} ms, "
-                  f"{other / get(product, 'copy'):.2f}x the copy, "
-                  f"{other / get(product, 'nsis'):.2f}x NSIS; this one "
-                  f"{get(product, 'setup') - other:+.0f} ms)")
-    for product in ("1x", "10x"):
-        if (product, "setup-nofonts") in med:
-            print(f"  (Setup.exe -s -i -nofonts {product}: "
-                  f"{get(product, 'setup-nofonts'):.0f} ms)")
-    for product in ("1x", "10x"):
-        setup, copy, nsis = (get(product, k) for k in ("setup", "copy", "nsis"))
-        floor = (f"; the copy + GDI floor is "
-                 f"{get(product, 'copy-gdi') / copy:.2f}x"
-                 if "copy-gdi" in names else "")
-        print(f"RESULT install {product}: Setup {setup:.0f} ms, plain copy "
-              f"{copy:.0f} ms: {setup / copy:.2f}x the copy (goal <= 1.2x"
-              f"{floor}); NSIS {nsis:.0f} ms: Setup {setup / nsis:.2f}x NSIS "
-              f"(goal < 1x)")
-    # Runs of one round follow each other, so a slow spell of the machine
-    # falls on both sides of a ratio taken within a round.
-    for product in ("1x", "10x"):
-        setup = by_round[(product, "setup")]
-        for peer, label in (("copy", "plain copy"), ("nsis", "NSIS"),
-                            ("setup-before", "earlier Setup"),
-                            ("setup-unsigned", "unsigned Setup")):
-            other = by_round[(product, peer)]
-            ratios = sorted(setup[r] / other[r] for r in setup if r in other)
-            if ratios:
-                print(f"  ({product} Setup/{label} within each round: "
-                      f"median {statistics.median(ratios):.2f}x, "
-                      f"{ratios[0]:.2f}x to {ratios[-1]:.2f}x over "
-                      f"{len(ratios)} rounds)")
-    print(f"RESULT install growth 1x->10x: Setup {growth['setup']:+.0f} ms, "
-          f"plain copy {growth['copy']:+.0f} ms (goal: Setup's no more than "
-          f"the copy's)")
-    print("  runs (ms): " + "; ".join(
-        f"{p} {k} {times[(p, k)]}" for p, k in sorted(times)))
+def results(runs, first, last):
+    def within(scale, a, b):
+        return runs.ratio((scale, *a), (scale, *b))[0]
+
+    for scale in runs.scales:
+        print(f"RESULT install {scale}: Setup / font floor "
+              f"{within(scale, ('setup', 'install'), ('copy-fonts', 'install')):.2f}"
+              f" (goal <= 1.10), Setup / NSIS "
+              f"{within(scale, ('setup', 'install'), ('nsis', 'install')):.2f}"
+              f" (goal <= 0.90); repair / install "
+              f"{within(scale, ('setup', 'repair'), ('setup', 'install')):.2f}"
+              f" (goal <= 1.3); removal Setup / NSIS "
+              f"{within(scale, ('setup', 'remove'), ('nsis', 'remove')):.2f}"
+              f" (goal <= 1)")
+    growth = {k: runs.median(last, k) - runs.median(first, k)
+              for k in ("setup", "copy-fonts")}
+    print(f"RESULT install growth {first} -> {last}: Setup "
+          f"{growth['setup']:+.0f} ms, font floor {growth['copy-fonts']:+.0f}"
+          f" ms (goal: Setup's no more than the floor's)")
 
 
 if __name__ == "__main__":

@@ -46,71 +46,111 @@ native_bench() {
   /usr/bin/python3 "$top/bench/report.py" library "$bench/library.json"
 }
 
-# One timed run in a fresh prefix: `setup` runs Setup.exe -s -i from the
-# product folder (`setup-nofonts` adds -nofonts, to tell how much of it the
-# fonts take), `nsis` and `msi` the other installers of the same product
-# (bench/install/peers.py), `copy` copies that folder into the install
-# folder. All start from the same prefix: the product in C:\ZendraSource,
-# the browser's stand-in library; only the installer's
-# own command is timed. The install is then checked from Linux. Prints the
-# milliseconds, the files in the install folder and "ok" or "failed".
-run_once() {
+# The command of one operation of one kind. `setup` runs Setup.exe -s -i
+# from the product folder (`setup-nofonts` adds -nofonts, to tell how much
+# of it the fonts take), `nsis` and `msi` the other installers of the same
+# product (bench/install/peers.py), `copy` copies that folder into the
+# install folder and `copy-fonts` adds what installing its fonts takes.
+# A repair runs the install again over the installed product; a removal
+# runs the installed Setup.exe -s -u, or NSIS's uninstaller.
+command_of() {
+  local kind=$1 op=$2 installed='C:\Program Files (x86)\Orvane\Zendra'
+  case $kind:$op in
+  setup*:remove) command=("$installed\\Setup.exe" -s -u) ;;
+  setup-nofonts:*) command=('C:\ZendraSource\Setup.exe' -s -i -nofonts) ;;
+  setup*) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
+  nsis:remove) command=("$installed\\Uninstall.exe" /S) ;;
+  nsis:*) command=('C:\ZendraPeers\ZendraNsis.exe' /S) ;;
+  msi:*) command=(msiexec /i 'C:\ZendraPeers\Zendra.msi' /qn) ;;
+  copy:*) command=('C:\PlainCopy.exe' 'C:\ZendraSource' "$installed") ;;
+  copy-gdi:*) command=('C:\PlainCopy.exe' -gdi 'C:\ZendraSource' "$installed") ;;
+  copy-fonts:*) command=('C:\PlainCopy.exe' -fonts 'C:\ZendraSource' "$installed") ;;
+  esac
+}
+
+# Both uninstallers end before their work does: Setup's batch file deletes
+# Setup.exe and the folder, NSIS's copy of itself in the temporary folder
+# deletes the rest. The removal lasts until the install folder and the
+# batch file are gone (at most a minute).
+wait_until_removed() {
+  local prefix=$1 tries=6000
+  local folder="$prefix/drive_c/Program Files (x86)/Orvane/Zendra"
+  while [ -e "$folder" ] ||
+    compgen -G "$prefix/drive_c/users/*/Temp/OVDELSU.BAT" >/dev/null; do
+    tries=$((tries - 1))
+    [ "$tries" -gt 0 ] || return 1
+    sleep 0.01
+  done
+}
+
+# The operations each kind is timed in, one after the other in one prefix.
+operations_of() {
+  case $1 in
+  setup | setup-before | setup-unsigned | nsis) echo install repair remove ;;
+  *) echo install ;;
+  esac
+}
+
+# One kind's timed runs in a fresh prefix: the product in C:\ZendraSource,
+# the browser's stand-in library; only the installer's own command is
+# timed (a removal until its work is done). Each is then checked from
+# Linux. Prints a line "<op> <ms> <files installed> <ok|failed>" for each;
+# an operation that fails ends the kind's runs.
+run_kind() {
   local kind=$1 product=$2 peers=$3 prefix="$bench/prefixes/$1"
   tests/support/clone-prefix.sh "$bench/wine-template" "$prefix"
   export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES=mscoree=
   mkdir -p "$prefix/drive_c/ZendraSource" "$prefix/drive_c/ZendraPeers"
   cp -r "$product/." "$prefix/drive_c/ZendraSource/"
   cp "$bench/PlainCopy.exe" "$prefix/drive_c/PlainCopy.exe"
-  cp "$peers/ZendraNsis.exe" "$peers/Zendra.msi" "$prefix/drive_c/ZendraPeers/"
+  cp "$peers"/Zendra* "$prefix/drive_c/ZendraPeers/"
   cp build/win/tests/stand-ins/mshtml.dll "$prefix/drive_c/windows/syswow64/mshtml.dll"
   wine reg add 'HKCU\Software\Wine\DllOverrides' /v mshtml /d native,builtin /f \
     >/dev/null 2>&1
-  # Each installer starts Wine as on a machine just switched on: the server
-  # and its services start inside the timed run, as they would for the first
-  # program run there. WARM=1 keeps them running instead, which leaves only
-  # the installers' own work in the figures.
-  if [ -n "${WARM:-}" ]; then
-    wineserver -p
-  else
+  local op check=$kind
+  case $kind in
+  setup-nofonts) check=none ;;
+  setup-*) check=setup ;;
+  copy-*) check=copy ;;
+  esac
+  for op in $(operations_of "$kind"); do
+    # Each operation starts Wine as on a machine just switched on: the
+    # server and its services start inside the timed run, as they would
+    # for the first program run there. WARM=1 keeps them running instead,
+    # which leaves only the installers' own work in the figures.
+    if [ -n "${WARM:-}" ]; then
+      wineserver -p
+    else
+      wineserver -k 2>/dev/null || true
+      wineserver -w 2>/dev/null || true
+    fi
+    local command start end status verdict=ok installed
+    command_of "$kind" "$op"
+    start=$(date +%s%N)
+    set +e
+    wine "${command[@]}" </dev/null >/dev/null 2>&1
+    status=$?
+    [ "$op" != remove ] || wait_until_removed "$prefix" || status=124
+    set -e
+    end=$(date +%s%N)
+    # Stopping the server writes the registry out, for the check to read.
     wineserver -k 2>/dev/null || true
     wineserver -w 2>/dev/null || true
-  fi
-  local command
-  case $kind in
-  setup) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
-  setup-nofonts) command=('C:\ZendraSource\Setup.exe' -s -i -nofonts) ;;
-  setup-before | setup-unsigned) command=('C:\ZendraSource\Setup.exe' -s -i) ;;
-  nsis) command=('C:\ZendraPeers\ZendraNsis.exe' /S) ;;
-  msi) command=(msiexec /i 'C:\ZendraPeers\Zendra.msi' /qn) ;;
-  copy) command=('C:\PlainCopy.exe' 'C:\ZendraSource' 'C:\Program Files (x86)\Orvane\Zendra') ;;
-  copy-gdi) command=('C:\PlainCopy.exe' -gdi 'C:\ZendraSource' 'C:\Program Files (x86)\Orvane\Zendra') ;;
-  esac
-  local start end status
-  start=$(date +%s%N)
-  set +e
-  wine "${command[@]}" </dev/null >/dev/null 2>&1
-  status=$?
-  set -e
-  end=$(date +%s%N)
-  # Stopping the server writes the registry out, for the check to read.
-  wineserver -k 2>/dev/null || true
-  wineserver -w 2>/dev/null || true
-  local installed verdict=ok check=$kind
-  installed=$(find "$prefix/drive_c/Program Files (x86)/Orvane/Zendra" -type f 2>/dev/null | wc -l)
-  if [ "$status" -ne 0 ]; then
-    echo "bench.sh: $kind of $(basename "$product") exited $status" >&2
-    tail -n 20 "$prefix"/drive_c/users/*/Temp/Zendra\ Install*.log >&2 || true
-    verdict=failed
-  fi
-  [ "$kind" = setup-nofonts ] && check=none
-  [ "$kind" = setup-before ] || [ "$kind" = setup-unsigned ] && check=setup
-  [ "$kind" = copy-gdi ] && check=copy
-  if [ "$check" != none ] &&
-    ! /usr/bin/python3 bench/install/peers.py check "$check" "$product" "$prefix"; then
-    verdict=failed
-  fi
+    installed=$( (find "$prefix/drive_c/Program Files (x86)/Orvane/Zendra" \
+      -type f 2>/dev/null || true) | wc -l)
+    if [ "$status" -ne 0 ]; then
+      echo "bench.sh: $op by $kind of $(basename "$product") exited $status" >&2
+      tail -n 20 "$prefix"/drive_c/users/*/AppData/Local/Temp/Zendra*.log >&2 || true
+      verdict=failed
+    fi
+    if [ "$check" != none ] && ! /usr/bin/python3 bench/install/peers.py \
+      check "$check" "$product" "$prefix" "$([ "$op" = remove ] && echo removed || echo installed)"; then
+      verdict=failed
+    fi
+    echo "$op $(((end - start) / 1000000)) $installed $verdict"
+    [ "$verdict" = ok ] || break
+  done
   [ -n "${KEEP_PREFIX:-}" ] || rm -rf "$prefix"
-  echo "$(((end - start) / 1000000)) $installed $verdict"
 }
 
 # The sample product with ten times the support files: nine more copies of
@@ -129,17 +169,33 @@ make_tenfold() {
   done
 }
 
+# A large product of small files in deep trees, about a hundred times the
+# sample's file count: the tenfold product's subfolder trees copied again
+# into 36 numbered groups below each tree's own folder ("Rules/Group 7/
+# Speech Rules/English/..."), the large files of its top folder once.
+make_hundredfold() {
+  local ten=$1 to=$2 tree group
+  rm -rf "$to"
+  cp -r "$ten" "$to"
+  for tree in "Rules" "Office Support" "LibLouis/Tables"; do
+    for group in $(seq 2 37); do
+      mkdir -p "$to/$tree/Group $group"
+      (cd "$ten/$tree" && find . -mindepth 1 -maxdepth 1 ! -name 'Group *' \
+        -exec cp -r {} "$to/$tree/Group $group/" \;)
+    done
+  done
+}
+
 # The product folders of the Setup variants among the kinds: the earlier
 # build (BEFORE) in place of Setup.exe, or every program unsigned.
 variant_folders() {
-  local one=$1 ten=$2 kind product from file
-  shift 2
-  for kind; do
+  local kind scale from file
+  for kind in "${kinds[@]}"; do
     case $kind in setup-before | setup-unsigned) ;; *) continue ;; esac
-    for product in 1x 10x; do
-      from=$bench/$kind-$product
+    for scale in "${scales[@]}"; do
+      from=$bench/$kind-$scale
       rm -rf "$from"
-      cp -r "$([ "$product" = 1x ] && echo "$one" || echo "$ten")" "$from"
+      cp -r "${product_of[$scale]}" "$from"
       if [ "$kind" = setup-before ]; then
         cp "$BEFORE" "$from/Setup.exe"
         continue
@@ -178,32 +234,38 @@ install_bench() {
   i686-w64-mingw32-g++-posix -O2 -static -s -o "$bench/PlainCopy.exe" \
     bench/install/PlainCopy.cpp
   tests/support/wine-prefix.sh "$bench/wine-template" --template
-  local one="$top/build/release/sample" ten="$bench/sample-10x"
-  make_tenfold "$one" "$ten"
-  /usr/bin/python3 bench/install/peers.py build "$one" "$bench/peers-1x"
-  /usr/bin/python3 bench/install/peers.py build "$ten" "$bench/peers-10x"
-  local results="$bench/install.txt"
+  local kinds scales scale r kind results="$bench/install.txt" peer_kinds=nsis
+  read -r -a kinds <<<"${KINDS:-setup nsis copy copy-fonts}"
+  read -r -a scales <<<"${SCALES:-1x 10x 100x}"
+  [[ " ${kinds[*]} " != *" msi "* ]] || peer_kinds="nsis msi"
+  declare -A product_of=([1x]="$top/build/release/sample"
+    [10x]="$bench/sample-10x" [100x]="$bench/sample-100x")
+  make_tenfold "${product_of[1x]}" "${product_of[10x]}"
+  [[ " ${scales[*]} " != *" 100x "* ]] ||
+    make_hundredfold "${product_of[10x]}" "${product_of[100x]}"
   {
     echo "mode $(bash scripts/i386.sh mode)"
     echo "start $([ -n "${WARM:-}" ] && echo warm || echo cold)"
-    echo "payload 1x $(find "$one" -type f | wc -l) $(du -sb "$one" | cut -f1)"
-    echo "payload 10x $(find "$ten" -type f | wc -l) $(du -sb "$ten" | cut -f1)"
   } >"$results"
-  local kinds r product kind dir peers
-  read -r -a kinds <<<"${KINDS:-setup nsis msi copy copy-gdi}"
-  variant_folders "$one" "$ten" "${kinds[@]}"
-  # Rounds: each runs every kind at both sizes, so that a slow spell of the
-  # machine falls on all of them alike, and starts with the next kind, so
-  # that none is always the first.
-  for r in $(seq "${REPS:-5}"); do
+  for scale in "${scales[@]}"; do
+    /usr/bin/python3 bench/install/peers.py build "${product_of[$scale]}" \
+      "$bench/peers-$scale" $peer_kinds
+    echo "payload $scale $(find "${product_of[$scale]}" -type f | wc -l)" \
+      "$(du -sb "${product_of[$scale]}" | cut -f1)" >>"$results"
+  done
+  variant_folders
+  # Rounds: each runs every kind at every scale, so that a slow spell of
+  # the machine falls on all of them alike, and starts with the next kind,
+  # so that none is always the first.
+  for r in $(seq "${REPS:-15}"); do
     kinds=("${kinds[@]:1}" "${kinds[0]}")
-    for product in 1x 10x; do
-      dir=$one peers=$bench/peers-1x
-      [ "$product" = 10x ] && dir=$ten peers=$bench/peers-10x
+    for scale in "${scales[@]}"; do
       for kind in "${kinds[@]}"; do
-        local from=$dir
-        case $kind in setup-before | setup-unsigned) from=$bench/$kind-$product ;; esac
-        echo "run $product $kind $(run_once "$kind" "$from" "$peers") $r" | tee -a "$results"
+        local from=${product_of[$scale]} line
+        case $kind in setup-before | setup-unsigned) from=$bench/$kind-$scale ;; esac
+        run_kind "$kind" "$from" "$bench/peers-$scale" | while read -r line; do
+          echo "run $scale $kind $line $r" | tee -a "$results"
+        done
       done
     done
   done

@@ -1,17 +1,23 @@
 """The install benchmark's other installers, and the check of an install.
 
-  peers.py build SAMPLE OUT   writes OUT/zendra.nsi and OUT/zendra.wxs for the
+  peers.py build SAMPLE OUT [nsis] [msi]
+                              writes OUT/zendra.nsi and OUT/zendra.wxs for the
                               product folder SAMPLE and builds them into
-                              OUT/ZendraNsis.exe and OUT/Zendra.msi
-  peers.py check KIND SAMPLE PREFIX
+                              OUT/ZendraNsis.exe and OUT/Zendra.msi (both
+                              when neither is named)
+  peers.py check KIND SAMPLE PREFIX [installed|removed]
                               checks, from Linux, the install that KIND
                               (setup, nsis, msi or copy) left in the Wine
-                              PREFIX; prints what is wrong, exits 1 if any
+                              PREFIX, or that its removal left nothing of
+                              it; prints what is wrong, exits 1 if any
 
 Both installers do what Setup.exe -s -i does with the product: the same
 files into the same folders, the fonts into the system with their Fonts
 values, the COM servers registered by their own DllRegisterServer, and the
-same registry values.
+same registry values. NSIS's uninstaller undoes what Setup's removal
+undoes: the COM servers unregistered by their own DllUnregisterServer, the
+product's registry values deleted, the install folder deleted; the fonts
+stay.
 """
 import datetime
 import filecmp
@@ -143,8 +149,14 @@ def nsis_script(sample):
         else:
             lines.append(f'  WriteRegStr HKLM "{key}" "{name}" "{value}"')
     lines += ['  WriteUninstaller "$INSTDIR\\Uninstall.exe"', "SectionEnd",
-              'Section "Uninstall"', '  RMDir /r "$INSTDIR"',
-              f'  DeleteRegKey HKLM "{UNINSTALL_KEY}"', "SectionEnd"]
+              'Section "Uninstall"']
+    lines += [f'  UnRegDLL "$INSTDIR\\{dll}"' for dll in COMPONENTS]
+    for _, key, name, _ in registry_values(sample):
+        lines.append(f'  DeleteRegKey HKLM "{key}"' if name is None else
+                     f'  DeleteRegValue HKLM "{key}" "{name}"')
+    lines += [f'  DeleteRegKey HKLM "{UNINSTALL_KEY}"',
+              r'  DeleteRegKey HKLM "Software\Orvane\OVZN4"',
+              '  RMDir /r "$INSTDIR"', "SectionEnd"]
     return "\n".join(lines) + "\n"
 
 
@@ -257,11 +269,14 @@ def add_actions(msi, out):
     return out / "InstallExecuteSequence.idt"
 
 
-def build(sample, out):
+def build(sample, out, kinds=("nsis", "msi")):
     out = Path(out).resolve()
     out.mkdir(parents=True, exist_ok=True)
-    (out / "zendra.nsi").write_text(nsis_script(sample))
-    subprocess.run(["makensis", "-V2", "zendra.nsi"], cwd=out, check=True)
+    if "nsis" in kinds:
+        (out / "zendra.nsi").write_text(nsis_script(sample))
+        subprocess.run(["makensis", "-V2", "zendra.nsi"], cwd=out, check=True)
+    if "msi" not in kinds:
+        return
     text, keys = wxs(sample)
     (out / "zendra.wxs").write_text(text)
     msi = str(out / "Zendra.msi")
@@ -309,7 +324,24 @@ def stored_key(view, key):
         if view == 32 else key
 
 
-def check(kind, sample, prefix):
+def check_removed(prefix):
+    """What a removal left of the install: the folder, the uninstall entry,
+    the COM servers' registrations."""
+    faults = []
+    folder = Path(prefix) / "drive_c/Program Files (x86)/Orvane/Zendra"
+    if folder.exists():
+        faults.append(f"{folder} is still there")
+    reg = read_reg(Path(prefix) / "system.reg")
+    keys = [stored_key(32, UNINSTALL_KEY)] + [
+        f"Software\\Classes\\Wow6432Node\\CLSID\\{c}\\InprocServer32"
+        for c in COMPONENTS.values()]
+    faults += [f"HKLM\\{k} is still there" for k in keys if k.lower() in reg]
+    return faults
+
+
+def check(kind, sample, prefix, state="installed"):
+    if state == "removed":
+        return check_removed(prefix)
     sample, drive = Path(sample), Path(prefix) / "drive_c"
     faults = []
 
@@ -356,9 +388,9 @@ def check(kind, sample, prefix):
 
 if __name__ == "__main__":
     if sys.argv[1] == "build":
-        build(sys.argv[2], sys.argv[3])
+        build(sys.argv[2], sys.argv[3], sys.argv[4:] or ("nsis", "msi"))
     else:
-        problems = check(*sys.argv[2:5])
+        problems = check(*sys.argv[2:6])
         for p in problems[:10]:
             print(f"check {sys.argv[2]}: {p}", file=sys.stderr)
         if len(problems) > 10:
