@@ -15,37 +15,68 @@ using Tern::CStr;
 
 namespace {
 
-// A file another program holds can't be opened for exclusive writing. A
-// read-only one is opened for exclusive reading instead: its deletion takes
-// the attribute off first. A file that is not there is held by no one.
-bool IsHeld(const char* path) {
-  HANDLE opened = ::CreateFileA(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (opened == INVALID_HANDLE_VALUE) {
-    const DWORD error = ::GetLastError();
-    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
-      return false;
-    const DWORD attributes = ::GetFileAttributesA(path);
-    if (error == ERROR_ACCESS_DENIED && attributes != INVALID_FILE_ATTRIBUTES &&
-        (attributes & FILE_ATTRIBUTE_READONLY))
-      opened = ::CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                             FILE_ATTRIBUTE_NORMAL, nullptr);
-  }
-  return !Tern::CScopedFileHandle(opened).IsValid();
+// Opens the file for exclusive writing, with `extra` access besides: a file
+// another program holds can't be opened so. A read-only one is opened for
+// exclusive reading instead (its deletion takes the attribute off first).
+// INVALID_HANDLE_VALUE when the file is held or not there (`missing`).
+HANDLE OpenExclusively(const char* path, DWORD extra, bool& missing) {
+  HANDLE opened = ::CreateFileA(path, GENERIC_WRITE | extra, 0, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  missing = false;
+  if (opened != INVALID_HANDLE_VALUE) return opened;
+  const DWORD error = ::GetLastError();
+  missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  const DWORD attributes = ::GetFileAttributesA(path);
+  if (error == ERROR_ACCESS_DENIED && attributes != INVALID_FILE_ATTRIBUTES &&
+      (attributes & FILE_ATTRIBUTE_READONLY))
+    opened = ::CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
+  return opened;
 }
 
+// A file that is not there is held by no one.
+bool IsHeld(const char* path) {
+  bool missing = false;
+  Tern::CScopedFileHandle opened(OpenExclusively(path, 0, missing));
+  return !missing && !opened.IsValid();
+}
+
+// Walks a tree, stopping at the first file held; each file opened is kept
+// when a claim is given.
 class CHeldFileSearch : public Tern::CFileSystem::CVisitor {
  public:
+  explicit CHeldFileSearch(std::vector<void*>* kept) : mKept(kept) {}
   CError Visit(Tern::CFileSystem& fs, const CPath& entry,
                CError type) override {
     if (type == Tern::S_FSIsDirectory)
       return fs.EnumerateDirectory(entry, "*", *this);
-    if (!IsHeld(entry.OSToPathString().Chars())) return Tern::Ok;
+    const CStr path = entry.OSToPathString();
+    if (!mKept) {
+      if (!IsHeld(path.Chars())) return Tern::Ok;
+    } else {
+      bool missing = false;
+      HANDLE opened = OpenExclusively(path.Chars(), DELETE, missing);
+      if (opened != INVALID_HANDLE_VALUE) mKept->push_back(opened);
+      if (opened != INVALID_HANDLE_VALUE || missing) return Tern::Ok;
+    }
     held = entry;
     return Tern::Failure;  // found: the walk stops
   }
   CPath held;
+
+ private:
+  std::vector<void*>* mKept;
 };
+
+bool SearchTree(const CPath& dir, std::vector<void*>* kept, CPath& held) {
+  CHeldFileSearch search(kept);
+  if (CLocalFileSystem::Instance().GetItemType(dir) != Tern::S_FSIsDirectory ||
+      CLocalFileSystem::Instance().EnumerateDirectory(dir, "*", search) !=
+          Tern::Failure)
+    return false;
+  held = search.held;
+  return true;
+}
 
 }  // namespace
 
@@ -71,16 +102,45 @@ bool FileIsInUse(const CPath& path) {
 }
 
 bool FindFileInUse(const CPath& dir, CPath& held) {
-  CHeldFileSearch search;
-  if (CLocalFileSystem::Instance().GetItemType(dir) != Tern::S_FSIsDirectory ||
-      CLocalFileSystem::Instance().EnumerateDirectory(dir, "*", search) !=
-          Tern::Failure)
+  return SearchTree(dir, nullptr, held);
+}
+
+bool CFolderClaim::Claim(const CPath& dir, CPath& held) {
+  Release();
+  if (SearchTree(dir, &mFiles, held)) {
+    Release();
     return false;
-  held = search.held;
+  }
+  mDir = dir;
+  mClaimed = true;
   return true;
 }
 
-bool InstallFolderInUse(const CPath& installDir) {
+bool CFolderClaim::Covers(const CPath& dir) const {
+  return mClaimed && CLocalFileSystem::Instance().IsSameItem(mDir, dir);
+}
+
+void CFolderClaim::DeleteFiles() {
+  for (void* file : mFiles) {
+    FILE_DISPOSITION_INFO deleteOnClose = {TRUE};
+    ::SetFileInformationByHandle(file, FileDispositionInfo, &deleteOnClose,
+                                 sizeof deleteOnClose);
+  }
+  Release();
+}
+
+void CFolderClaim::Release() {
+  for (void* file : mFiles) ::CloseHandle(file);
+  mFiles.clear();
+  mClaimed = false;
+}
+
+bool ClaimFolder(CFolderClaim* claim, const CPath& dir, CPath& held) {
+  if (!claim) return FindFileInUse(dir, held);
+  return !claim->Covers(dir) && !claim->Claim(dir, held);
+}
+
+bool InstallFolderInUse(const CPath& installDir, CFolderClaim& claim) {
   CLogBlock block("Check if Zendra files are in-use");
   bool any = false;
   CStr summary;
@@ -94,7 +154,7 @@ bool InstallFolderInUse(const CPath& installDir) {
   }
   LogText("%s\n", summary.Chars());
   CPath held;
-  if (any || !FindFileInUse(installDir, held)) return any;
+  if (any || claim.Claim(installDir, held)) return any;
   LogText("'%s' is in use by another program.\n",
           held.OSToPathString().Chars());
   return true;

@@ -34,10 +34,10 @@ const char cInstalledFolder[] =
 // The files the install replaces first: the product's fonts in its fonts
 // folder, and the install folder. (An install folder in use was swapped for
 // a numbered one before; this one is in use only when no numbered folder
-// could be found.)
+// could be found. One found free then is claimed already.)
 bool FindHeldFile(const CInstallContext& context, CPath& held) {
   return (context.installFonts && FindHeldFont(context.fontsDir, held)) ||
-         FindFileInUse(context.installDir, held);
+         ClaimFolder(context.installDirClaim, context.installDir, held);
 }
 
 // Why the install can't go ahead, or empty when it can: the source is the

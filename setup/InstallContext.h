@@ -8,6 +8,8 @@
 
 namespace Zendra {
 
+class CFolderClaim;
+
 // Kinds of the setup's message dialog: the platform message-box styles.
 enum MessageKind : Tern::UInt32 {
   mkPlain = 0,     // OK, no icon
@@ -34,6 +36,9 @@ struct CInstallContext {
   bool installFonts = true;
   bool disableVersionChecks = false;
   CMessageSink* messages = nullptr;
+  // The install folder's files, claimed by the checks before the first
+  // change and deleted through the claim; none when null.
+  CFolderClaim* installDirClaim = nullptr;
   // Set by a removal that left files in use for the next restart.
   bool restartFinishesRemoval = false;
 

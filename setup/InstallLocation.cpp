@@ -160,7 +160,7 @@ void CInstallLocation::SetInstallDir(const CPath& dir) {
 }
 
 bool CInstallLocation::FindNewInstallDir() {
-  if (!InstallFolderInUse(mInstallDir)) return true;
+  if (!InstallFolderInUse(mInstallDir, mInstallDirClaim)) return true;
   CLogBlock block("Find a new install directory");
   CPath parent;
   if (!LogStatus(mInstallDir.GetComponent(CPath::ctDir, parent),

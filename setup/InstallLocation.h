@@ -4,6 +4,7 @@
 // its components are in use, a fresh numbered folder.
 #pragma once
 
+#include "FilesInUse.h"
 #include "TFileSystem.h"
 #include "TString.h"
 #include "TVersion.h"
@@ -30,6 +31,7 @@ class CInstallLocation {
   bool IsProductFolder(const Tern::CPath& dir) const;
   // When the installed components are locked, the install goes to a fresh
   // numbered folder beside the usual one: Zendra001, Zendra002, ...
+  // Otherwise the files of the usual one stay claimed for the install.
   bool FindNewInstallDir();
   void SetInstallDir(const Tern::CPath& dir);
 
@@ -40,6 +42,7 @@ class CInstallLocation {
   const Tern::CStr& SetupVersionText() const { return mSetupVersionText; }
   const Tern::CVersion& InstalledVersion() const { return mInstalledVersion; }
   bool IsInstalled() const { return mInstalledVersion.IsValid(); }
+  CFolderClaim& InstallDirClaim() { return mInstallDirClaim; }
 
  private:
   bool ReadSetupVersion();
@@ -56,6 +59,7 @@ class CInstallLocation {
   Tern::CStr mSetupVersionText;
   Tern::CVersion mInstalledVersion;
   Tern::CStr mInstalledServerPath;
+  CFolderClaim mInstallDirClaim;
 };
 
 }  // namespace Zendra

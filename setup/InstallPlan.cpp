@@ -4,6 +4,7 @@
 #include "BrowserEntries.h"
 #include "Certificate.h"
 #include "Components.h"
+#include "FilesInUse.h"
 #include "Fonts.h"
 #include "InstallCheck.h"
 #include "InstallFolders.h"
@@ -104,22 +105,25 @@ bool Reported(bool ok, const char* failureText) {
   return failureText ? LogStep(ok, failureText) : ok;
 }
 
+// The steps in order, until one that the install can't go on without fails.
+InstallOutcome RunSteps(CInstallContext& context) {
+  for (const CInstallStep& step : cInstallSteps) {
+    const bool ok = Reported(step.action(context), step.failureText);
+    if (ok || step.kind == skIgnored) continue;
+    return step.kind == skGate ? ioNotFinished : ioFailed;
+  }
+  return ioSucceeded;
+}
+
 }  // namespace
 
 InstallOutcome RunInstall(CInstallContext& context) {
   // Nothing is changed before these say that the install can go ahead.
-  if (MimeFilterClashes() || !InstallCanFinish(context)) {
-    LogText("Installation failed!\n");
-    return ioNotFinished;
-  }
-  InstallOutcome outcome = ioSucceeded;
-  for (const CInstallStep& step : cInstallSteps) {
-    const bool ok = Reported(step.action(context), step.failureText);
-    if (ok || step.kind == skIgnored) continue;
-    if (step.kind == skGate) return ioNotFinished;
-    outcome = ioFailed;
-    break;
-  }
+  const bool refused = MimeFilterClashes() || !InstallCanFinish(context);
+  const InstallOutcome outcome = refused ? ioNotFinished : RunSteps(context);
+  // Files the checks claimed and the install did not delete stay as they are.
+  if (context.installDirClaim) context.installDirClaim->Release();
+  if (outcome == ioNotFinished && !refused) return outcome;
   LogText(outcome == ioSucceeded ? "Installation successful!\n"
                                  : "Installation failed!\n");
   return outcome;

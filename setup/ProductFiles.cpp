@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "Components.h"
+#include "FilesInUse.h"
 #include "FolderCopy.h"
 #include "InstallLog.h"
 #include "Product.h"
@@ -131,6 +132,10 @@ bool EmptyInstallFolder(CInstallContext& context) {
   LogText("Deleting contents of directory: %s.\n",
           dir.OSToPathString().Chars());
   if (LFS().GetItemType(dir) != Tern::S_FSIsDirectory) return true;
+  // The files the checks claimed go through their handles; the folders, and
+  // anything else, by name.
+  if (context.installDirClaim && context.installDirClaim->Covers(dir))
+    context.installDirClaim->DeleteFiles();
   return LogStatus(LFS().DeleteDirectoryContents(dir, true),
                    "Can't delete directory contents");
 }

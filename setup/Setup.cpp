@@ -344,6 +344,7 @@ CInstallContext CZendraSetupApp::MakeContext() {
   context.installFonts = mInstallFonts;
   context.disableVersionChecks = mDisableVersionChecks;
   context.messages = this;
+  context.installDirClaim = &mLocation.InstallDirClaim();
   return context;
 }
 
