@@ -191,11 +191,12 @@ def install(path):
             a, b = runs.median(first, kind, op), runs.median(last, kind, op)
             if a == a and b == b:
                 print(f"  {name} {op}: {b - a:+.0f} ms ({b / a:.2f}x)")
-    for (kind, label), scale in itertools.product(VARIANTS, runs.scales):
-        if (scale, kind, "install") in runs.ms:
-            print(f"  ({label} {scale}: "
-                  f"{runs.median(scale, kind) / 1000:.2f} s; Setup / it "
-                  f"{runs.ratio((scale, 'setup', 'install'), (scale, kind, 'install'))[1]})")
+    for (kind, label), scale, op in itertools.product(
+            VARIANTS, runs.scales, ("install", "repair", "remove")):
+        if (scale, kind, op) in runs.ms:
+            print(f"  ({label}, {op} {scale}: "
+                  f"{runs.median(scale, kind, op) / 1000:.2f} s; Setup / it "
+                  f"{runs.ratio((scale, 'setup', op), (scale, kind, op))[1]})")
     results(runs, first, last)
 
 

@@ -6,18 +6,21 @@
 #          expansion, paths), built natively in Release without sanitizers
 #          in build/bench, with Google Benchmark; each figure is the median
 #          of REPS runs (default 5).
-# install: a silent install of the sample product and of one with ten times
-#          the support files by Setup.exe, by an NSIS installer and an MSI
-#          package of the same product, and by a plain program that copies
-#          the same files, each in a fresh Wine prefix and checked after;
-#          the median of REPS rounds (default 5). KINDS picks the kinds
-#          (default "setup nsis msi copy copy-gdi"; "copy-gdi" is the plain
-#          copy followed by the least an installer of fonts must do beyond
-#          it, the floor for such an installer; "setup-nofonts" is also
-#          known, "setup-before" runs the Setup.exe that BEFORE names, an
-#          earlier build, from the same product folder, and "setup-unsigned"
-#          the release with every signature taken off, so that Setup checks
-#          none: the cost of the checks). EMULATE=1 runs
+# install: the sample product (1x), one with ten times the support files
+#          (10x) and a large one of small files in deep trees (100x, about
+#          a hundred times the files; SCALES picks them), installed silently
+#          by Setup.exe, by an NSIS installer and an MSI package of the same
+#          product, and by a plain program that copies the same files, each
+#          in a fresh Wine prefix and checked after. Setup and NSIS are also
+#          timed repairing (installing again over the installed product) and
+#          removing it; REPS alternated rounds (default 15). KINDS picks the
+#          kinds (default "setup nsis copy copy-fonts"; "copy-fonts" is the
+#          font floor: the copy plus what any installer of the fonts must do;
+#          "copy-gdi" the copy with the display driver loaded; "msi" the
+#          package; "setup-nofonts" is Setup.exe -nofonts, "setup-before"
+#          runs the Setup.exe that BEFORE names, an earlier build, from the
+#          same product folder, and "setup-unsigned" the release with every
+#          signature taken off, so that Setup checks none). EMULATE=1 runs
 #          32-bit programs under qemu-i386 on a machine that runs them
 #          natively, and restores that afterwards, so that one machine gives
 #          the figures of both kinds of machine.
@@ -126,6 +129,9 @@ run_kind() {
     fi
     local command start end status verdict=ok installed
     command_of "$kind" "$op"
+    # What the copies before left for the disk to write is written now, not
+    # inside the timed run.
+    sync
     start=$(date +%s%N)
     set +e
     wine "${command[@]}" </dev/null >/dev/null 2>&1
