@@ -100,8 +100,8 @@ operations_of() {
 # Linux. Prints a line "<op> <ms> <files installed> <ok|failed>" for each;
 # an operation that fails ends the kind's runs.
 run_kind() {
-  local kind=$1 product=$2 peers=$3 prefix="$bench/prefixes/$1"
-  tests/support/clone-prefix.sh "$bench/wine-template" "$prefix"
+  local kind=$1 product=$2 peers=$3 prefix="$prefixes/$1"
+  tests/support/clone-prefix.sh "$prefixes/wine-template" "$prefix"
   export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES=mscoree=
   mkdir -p "$prefix/drive_c/ZendraSource" "$prefix/drive_c/ZendraPeers"
   cp -r "$product/." "$prefix/drive_c/ZendraSource/"
@@ -236,10 +236,18 @@ install_bench() {
     xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" install
     return
   fi
-  mkdir -p "$bench/prefixes"
+  # The prefixes live in memory (BENCH_TMPDIR, as the library's scratch
+  # files), so that the disk's own pace and the other users of the machine,
+  # which scatter thousands of small writes by tens of per cent, count as
+  # little as possible.
+  local tmp=${BENCH_TMPDIR:-/dev/shm}
+  [ -d "$tmp" ] || tmp=$bench
+  prefixes=$tmp/zendra-bench-prefixes
+  rm -rf "$prefixes"
+  mkdir -p "$prefixes"
   i686-w64-mingw32-g++-posix -O2 -static -s -o "$bench/PlainCopy.exe" \
     bench/install/PlainCopy.cpp
-  tests/support/wine-prefix.sh "$bench/wine-template" --template
+  tests/support/wine-prefix.sh "$prefixes/wine-template" --template
   local kinds scales scale r kind results="$bench/install.txt" peer_kinds=nsis
   read -r -a kinds <<<"${KINDS:-setup nsis copy copy-fonts}"
   read -r -a scales <<<"${SCALES:-1x 10x 100x}"
@@ -275,6 +283,7 @@ install_bench() {
       done
     done
   done
+  rm -rf "$prefixes"
   /usr/bin/python3 "$top/bench/report.py" install "$results"
 }
 
