@@ -2,6 +2,8 @@
 // can't be replaced or deleted now.
 #pragma once
 
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "TFileSystem.h"
@@ -10,7 +12,8 @@ namespace Zendra {
 
 // The files below a folder, each opened for exclusive writing and deletion:
 // while they are claimed no other program can open them, and they are
-// deleted through the same handles, without being looked up again.
+// written over or deleted through the same handles, without being looked up
+// again.
 class CFolderClaim {
  public:
   CFolderClaim() = default;
@@ -24,15 +27,36 @@ class CFolderClaim {
   bool Claim(const Tern::CPath& dir, Tern::CPath& held);
   // Whether the files below `dir` are claimed.
   bool Covers(const Tern::CPath& dir) const;
-  // Deletes the claimed files and lets them go; what can't be deleted this
-  // way (a read-only file) is left for a deletion by name.
-  void DeleteFiles();
+  // Deletes the claimed files but the writable ones `keep` names, which stay
+  // claimed; what can't be deleted this way (a read-only file) is let go,
+  // for a deletion by name.
+  void DeleteFilesExcept(const std::function<bool(const Tern::CPath&)>& keep);
+  // Whether `file` is still claimed; whether any file below `dir` is.
+  bool Holds(const Tern::CPath& file) const;
+  bool HoldsAnyBelow(const Tern::CPath& dir) const;
+  // Writes `src` over the claimed `dest`, as a copy would (its bytes, its
+  // time of last writing, its attributes but read-only), and lets it go. A
+  // file that could not be written whole is deleted.
+  Tern::CError WriteOver(const Tern::CPath& dest, const Tern::CPath& src);
   // Lets the files go, unchanged.
   void Release();
 
+  // One claimed file.
+  struct CFile {
+    std::string key;  // its path in lower case
+    Tern::CPath path;
+    void* handle;   // null once let go
+    bool writable;  // a read-only file is opened for reading only
+  };
+
  private:
+  // Where the file at `key` is among those still claimed; mFiles.size()
+  // when it is not.
+  std::size_t IndexOf(const std::string& key) const;
+  void LetGo(CFile& file);
+
   Tern::CPath mDir;
-  std::vector<void*> mFiles;
+  std::vector<CFile> mFiles;  // by key
   bool mClaimed = false;
 };
 

@@ -1,12 +1,14 @@
 #include "FolderCopy.h"
 
+#include "FilesInUse.h"
 #include "InstallLog.h"
 
 namespace Zendra {
 
 using Tern::CLocalFileSystem;
 
-bool CopyOneFile(const char* name, const CPath& srcDir, const CPath& destDir) {
+bool CopyOneFile(const char* name, const CPath& srcDir, const CPath& destDir,
+                 CFolderClaim* claim) {
   TERN_ASSERT(name && *name);
   TERN_ASSERT(srcDir.IsValid());
   TERN_ASSERT(destDir.IsValid());
@@ -18,8 +20,11 @@ bool CopyOneFile(const char* name, const CPath& srcDir, const CPath& destDir) {
       !LogStatus(dest.AppendComponent(name), "Append filename to destDir"))
     return false;
   // Straight onto the full name: the destination is never a folder here.
-  return LogStatus(CLocalFileSystem::Instance().CopyOneFile(src, dest, true),
-                   "Copying file");
+  const CError copied =
+      claim && claim->Holds(dest)
+          ? claim->WriteOver(dest, src)
+          : CLocalFileSystem::Instance().CopyOneFile(src, dest, true);
+  return LogStatus(copied, "Copying file");
 }
 
 namespace {
@@ -87,7 +92,7 @@ bool CFolderCopy::CopyFile(const CPath& file) {
                  "GetComponent") ||
       !LogStatus(file.GetComponent(CPath::ctDir, srcDir), "GetComponent"))
     return false;
-  return CopyOneFile(name.Chars(), srcDir, mDestDir);
+  return CopyOneFile(name.Chars(), srcDir, mDestDir, mContext.installDirClaim);
 }
 
 CError CFolderCopy::Visit(Tern::CFileSystem&, const CPath& entry, CError type) {

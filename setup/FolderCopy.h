@@ -8,9 +8,12 @@
 
 namespace Zendra {
 
-// Copies `name` from `srcDir` to `destDir`, replacing what is there.
+class CFolderClaim;
+
+// Copies `name` from `srcDir` to `destDir`, replacing what is there; a file
+// `claim` holds there is written over through its handle.
 bool CopyOneFile(const char* name, const Tern::CPath& srcDir,
-                 const Tern::CPath& destDir);
+                 const Tern::CPath& destDir, CFolderClaim* claim = nullptr);
 
 // Creates `dir` and any missing folder above it for the install, in the
 // block "Create <label> directory": a folder that is there already is fine

@@ -121,7 +121,8 @@ InstallOutcome RunInstall(CInstallContext& context) {
   // Nothing is changed before these say that the install can go ahead.
   const bool refused = MimeFilterClashes() || !InstallCanFinish(context);
   const InstallOutcome outcome = refused ? ioNotFinished : RunSteps(context);
-  // Files the checks claimed and the install did not delete stay as they are.
+  // Files the checks claimed and the install did not write over or delete
+  // stay as they are.
   if (context.installDirClaim) context.installDirClaim->Release();
   if (outcome == ioNotFinished && !refused) return outcome;
   LogText(outcome == ioSucceeded ? "Installation successful!\n"

@@ -112,6 +112,71 @@ class CDeleteEverythingVisitor : public Tern::CFileSystem::CVisitor {
   CPath mRunning;
 };
 
+// "A\\B" for the subfolder path "A/B".
+CStr WindowsPath(const char* subfolder) {
+  CStr path;
+  for (const char* c = subfolder; *c; ++c) path += *c == '/' ? '\\' : *c;
+  return path;
+}
+
+// What follows "<folder>\\" in `path`, in any case; null when `path` is not
+// below that folder.
+const char* Below(const CStr& folder, const char* path) {
+  const int length = static_cast<int>(folder.Length());
+  if (Tern::Str::Length(path) <= length + 1 || path[length] != '\\' ||
+      ::CompareStringA(LOCALE_INVARIANT, NORM_IGNORECASE, path, length,
+                       folder.Chars(), length) != CSTR_EQUAL)
+    return nullptr;
+  return path + length + 1;
+}
+
+// Whether the install copies `file`, below the install folder, again: a
+// file of the top folder that it copies there, or one of a subfolder tree
+// that the source folder holds at the same place.
+bool InstallWritesAgain(const CInstallContext& context, const CPath& file) {
+  const CStr path = file.OSToPathString();
+  const char* relative =
+      Below(context.installDir.OSToPathString(), path.Chars());
+  if (!relative) return false;
+  if (!Tern::Str::Find(relative, '\\')) {
+    for (const CComponent& component : cComponents)
+      if (::lstrcmpiA(relative, component.file) == 0) return true;
+    for (const char* name : cExtraFiles)
+      if (::lstrcmpiA(relative, name) == 0) return true;
+    return false;
+  }
+  for (const CSubfolder* subfolder :
+       {&cSpeechRules, &cOfficeSupport, &cLibLouisTables}) {
+    if (!Below(WindowsPath(subfolder->path), relative)) continue;
+    CStr source = context.setupDir.OSToPathString();
+    source += '\\';
+    source += relative;
+    return LFS().GetItemType(CPath(source.Chars())) == Tern::S_FSIsFile;
+  }
+  return false;
+}
+
+// Deletes what is below a folder but the files a claim holds still, and the
+// folders above them; stops at the first failure.
+class CEmptyingVisitor : public Tern::CFileSystem::CVisitor {
+ public:
+  explicit CEmptyingVisitor(const CFolderClaim& claim) : mClaim(claim) {}
+  CError Visit(Tern::CFileSystem& fs, const CPath& entry,
+               CError type) override {
+    if (type == Tern::S_FSIsDirectory)
+      result = mClaim.HoldsAnyBelow(entry)
+                   ? fs.EnumerateDirectory(entry, "*", *this)
+                   : fs.DeleteDirectory(entry, true);
+    else if (!mClaim.Holds(entry))
+      result = fs.RemoveFile(entry, true);
+    return result;
+  }
+  CError result = Tern::Ok;
+
+ private:
+  const CFolderClaim& mClaim;
+};
+
 }  // namespace
 
 bool DeleteProtocolHandlers(CInstallContext& context) {
@@ -132,12 +197,19 @@ bool EmptyInstallFolder(CInstallContext& context) {
   LogText("Deleting contents of directory: %s.\n",
           dir.OSToPathString().Chars());
   if (LFS().GetItemType(dir) != Tern::S_FSIsDirectory) return true;
-  // The files the checks claimed go through their handles; the folders, and
-  // anything else, by name.
-  if (context.installDirClaim && context.installDirClaim->Covers(dir))
-    context.installDirClaim->DeleteFiles();
-  return LogStatus(LFS().DeleteDirectoryContents(dir, true),
-                   "Can't delete directory contents");
+  CFolderClaim* claim = context.installDirClaim;
+  if (!claim || !claim->Covers(dir))
+    return LogStatus(LFS().DeleteDirectoryContents(dir, true),
+                     "Can't delete directory contents");
+  // The claimed files the install writes again stay, to be written over
+  // through their handles; the other claimed files go through theirs, and
+  // anything else by name.
+  claim->DeleteFilesExcept([&context](const CPath& file) {
+    return InstallWritesAgain(context, file);
+  });
+  CEmptyingVisitor emptying(*claim);
+  LFS().EnumerateDirectory(dir, "*", emptying);
+  return LogStatus(emptying.result, "Can't delete directory contents");
 }
 
 bool CreateInstallFolder(CInstallContext& context) {
@@ -148,9 +220,9 @@ bool InstallComponentFiles(CInstallContext& context) {
   bool allCopied = true;
   for (const CComponent& component : cComponents) {
     LogText("Installing file: '%s'\n", component.file);
-    if (!LogStep(
-            CopyOneFile(component.file, context.setupDir, context.installDir),
-            component.file))
+    if (!LogStep(CopyOneFile(component.file, context.setupDir,
+                             context.installDir, context.installDirClaim),
+                 component.file))
       allCopied = false;
   }
   return allCopied;
@@ -171,8 +243,9 @@ bool InstallLibLouisTables(CInstallContext& context) {
 bool InstallExtraFiles(CInstallContext& context) {
   bool allCopied = true;
   for (const char* name : cExtraFiles)
-    allCopied =
-        CopyOneFile(name, context.setupDir, context.installDir) && allCopied;
+    allCopied = CopyOneFile(name, context.setupDir, context.installDir,
+                            context.installDirClaim) &&
+                allCopied;
   return allCopied;
 }
 
@@ -187,9 +260,7 @@ void NoteInstallPaths(const CInstallContext& context, CLongestPath& longest) {
   }
   for (const CSubfolder* subfolder :
        {&cSpeechRules, &cOfficeSupport, &cLibLouisTables}) {
-    CStr relative;
-    for (const char* c = subfolder->path; *c; ++c)
-      relative += *c == '/' ? '\\' : *c;
+    const CStr relative = WindowsPath(subfolder->path);
     CStr src = context.setupDir.OSToPathString(),
          dest = context.installDir.OSToPathString();
     src += '\\';

@@ -180,6 +180,14 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
                     {"Deleting contents", "Copy '"}));
   EXPECT_EQ(19 + 18, CompareInstalledFiles(source.Dir()));
 
+  // A repair writes the product over the installed copy: a file grown
+  // since is cut back, a read-only one replaced, one of its own kept out.
+  const std::string rules = cInstallDir + "\\Rules\\Rules.txt",
+                    table = cInstallDir + "\\LibLouis\\Tables\\de-g0.utb",
+                    stray = cInstallDir + "\\Rules\\Navigation\\mine.rules";
+  ActionsTest::WriteText(rules, ReadText(rules) + " and more besides");
+  ::SetFileAttributesA(table.c_str(), FILE_ATTRIBUTE_READONLY);
+  ActionsTest::WriteText(stray, "not the product's");
   // A repair finds the installed copy and the stored answer; nothing twice.
   SetupRun repair(source.SetupExe(), "-i");
   notify = repair.WaitForDialog();
@@ -201,6 +209,11 @@ TEST(Lifecycle, InstallRepairAndRemovalLeaveOnlyWhatTheyMeanTo) {
                          "\\Zendra.dll'.",
                      "Zendra already installed.", cInstalled},
                     {"upgraded"}));
+  EXPECT_EQ(19 + 18, CompareInstalledFiles(source.Dir()));
+  EXPECT_EQ(fs::last_write_time(source.Dir() + "\\Rules\\Rules.txt"),
+            fs::last_write_time(rules));
+  EXPECT_EQ(0u, ::GetFileAttributesA(table.c_str()) & FILE_ATTRIBUTE_READONLY);
+  EXPECT_FALSE(FileExists(stray));
   EXPECT_EQ("N", Reg(HKEY_CURRENT_USER, cSettingsKey, "Notify"));
   EXPECT_FALSE(FileExists(SystemFontFile("lattice_01.ttf")));
   EXPECT_EQ(1, ProductTokens(cUserAgentKey9));
