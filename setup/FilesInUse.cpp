@@ -46,6 +46,21 @@ std::string KeyOf(const CStr& path) {
   return key;
 }
 
+// The first claimed file whose key is `key` or after it.
+std::vector<CFolderClaim::CFile>::const_iterator FirstFrom(
+    const std::vector<CFolderClaim::CFile>& files, const std::string& key) {
+  return std::lower_bound(files.begin(), files.end(), key,
+                          [](const CFolderClaim::CFile& file,
+                             const std::string& k) { return file.key < k; });
+}
+
+// The file goes when its last handle closes.
+void DeleteOnClose(HANDLE file) {
+  FILE_DISPOSITION_INFO deleteOnClose = {TRUE};
+  ::SetFileInformationByHandle(file, FileDispositionInfo, &deleteOnClose,
+                               sizeof deleteOnClose);
+}
+
 // Writes what is left of `in` to `out`.
 bool CopyBytes(HANDLE in, HANDLE out) {
   char buffer[64 * 1024];
@@ -163,25 +178,11 @@ void CFolderClaim::DeleteFilesExcept(
       kept.push_back(file);
       continue;
     }
-    FILE_DISPOSITION_INFO deleteOnClose = {TRUE};
-    ::SetFileInformationByHandle(file.handle, FileDispositionInfo,
-                                 &deleteOnClose, sizeof deleteOnClose);
+    DeleteOnClose(file.handle);
     ::CloseHandle(file.handle);
   }
   mFiles.swap(kept);
 }
-
-namespace {
-
-// The first claimed file whose key is `key` or after it.
-std::vector<CFolderClaim::CFile>::const_iterator FirstFrom(
-    const std::vector<CFolderClaim::CFile>& files, const std::string& key) {
-  return std::lower_bound(files.begin(), files.end(), key,
-                          [](const CFolderClaim::CFile& file,
-                             const std::string& k) { return file.key < k; });
-}
-
-}  // namespace
 
 std::size_t CFolderClaim::IndexOf(const std::string& key) const {
   const auto found = FirstFrom(mFiles, key);
@@ -233,11 +234,7 @@ CError CFolderClaim::WriteOver(const CPath& dest, const CPath& src) {
                                          sizeof set);
   }
   const DWORD error = whole ? 0 : ::GetLastError();
-  if (!whole) {
-    FILE_DISPOSITION_INFO deleteOnClose = {TRUE};
-    ::SetFileInformationByHandle(file->handle, FileDispositionInfo,
-                                 &deleteOnClose, sizeof deleteOnClose);
-  }
+  if (!whole) DeleteOnClose(file->handle);
   LetGo(*file);
   if (whole) return Tern::Ok;
   return Tern::ErrorFromWindows(error ? error : ERROR_WRITE_FAULT);
